@@ -1,0 +1,39 @@
+# Top-level commands. Each one installs what is missing and builds first.
+#   make demo       run the host simulator on the example configuration (~10 s)
+#   make test       build and run every test
+#   make test-asan  the same under AddressSanitizer + UndefinedBehaviorSanitizer
+#   make test-tsan  the same under ThreadSanitizer
+#   make bench      run the benchmarks
+JOBS ?= $(shell nproc)
+BUILD ?= build
+
+.PHONY: deps build demo test test-asan test-tsan bench clean
+
+deps:
+	@./scripts/install-deps.sh
+
+build: deps
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	cmake --build $(BUILD) -j$(JOBS)
+
+demo: build
+	$(BUILD)/tools/mdtlm-sim --plugin $(BUILD)/libmdtlm_vraldcn.so --config examples/demo.json --duration 10
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+
+test-asan: deps
+	cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DMDTLM_SANITIZE=ON -DMDTLM_BUILD_BENCH=OFF >/dev/null
+	cmake --build build-asan -j$(JOBS)
+	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --test-dir build-asan --output-on-failure -j$(JOBS)
+
+test-tsan: deps
+	cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DMDTLM_TSAN=ON -DMDTLM_BUILD_BENCH=OFF >/dev/null
+	cmake --build build-tsan -j$(JOBS)
+	ctest --test-dir build-tsan --output-on-failure -j$(JOBS)
+
+bench: build
+	$(BUILD)/bench/mdtlm_bench
+
+clean:
+	rm -rf $(BUILD) build-asan build-tsan
