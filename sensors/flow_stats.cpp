@@ -1,0 +1,110 @@
+/*
+ * The flow statistics sensor's record handling: its condition and filter
+ * maps with their compare callbacks, its per-task sequence numbers, and the
+ * handler that runs each record through the shared record pipeline.
+ */
+#include "flow_family.h"
+#include "record_pipeline.h"
+
+namespace {
+
+using Rec = MDTLM_FLOW_STATS_REC;
+
+/* Values the filter ids of this sensor test; ids without a row hold. */
+const MDTLM_FLOW_FILTER_FIELD<Rec> kFilterFields[] = {
+    {0, true, [](const Rec *r) -> uint64_t { return MDTLM_FlowDerive(r).flowId; }},
+    {6, false, [](const Rec *r) -> uint64_t { return r->ifIndex; }},
+    {7, false, [](const Rec *r) -> uint64_t { return r->errorInfoExt; }},
+    {9, false, [](const Rec *r) -> uint64_t { return r->periodId; }},
+    {10, true, [](const Rec *r) -> uint64_t { return r->packetCount; }},
+    {11, true, [](const Rec *r) -> uint64_t { return r->byteCount; }},
+    {12, false, [](const Rec *r) -> uint64_t { return r->timestampSecond; }},
+    {13, false, [](const Rec *r) -> uint64_t { return r->timestampNanosecond; }},
+    {14, false, [](const Rec *r) -> uint64_t { return r->queuePair; }},
+    {15, false, [](const Rec *r) -> uint64_t { return r->sequenceNumber; }},
+    {16, false, [](const Rec *r) -> uint64_t { return r->tunnelId; }},
+    {17, false, [](const Rec *r) -> uint64_t { return MDTLM_FlowDerive(r).tunnelMode; }},
+    {18, false, [](const Rec *r) -> uint64_t { return r->vlan; }},
+};
+
+} // namespace
+
+extern "C" {
+
+const MDTLM_FILTER_MAP_ENTRY g_mdTlmFlowStatsCondMap[2] = {
+    {"flow-id", 0},
+    {"direction", 1},
+};
+
+const MDTLM_FILTER_MAP_ENTRY g_mdTlmFlowStatsFilterMap[13] = {
+    {"byte-count", 11},       {"error-info-ext", 7},        {"flow-id", 0},           {"if-index", 6},
+    {"packet-count", 10},     {"period-id", 9},             {"queue-pair", 14},       {"sequence-number", 15},
+    {"timestamp-nanosecond", 13}, {"timestamp-second", 12}, {"tunnel-id", 16},        {"tunnel-mode", 17},
+    {"vlan", 18},
+};
+
+uint32_t MDTLM_VRALDCN_FlowCmpFieldWithCondition(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,
+                                                 const void *record)
+{
+    return MDTLM_FlowCompareCondition(fieldId, cond, record);
+}
+
+uint32_t MDTLM_VRALDCN_FlowCmpFieldWithFilter(uint32_t fieldId, const MDTLM_PATH_FILTER *filter, const void *record)
+{
+    return MDTLM_FlowCompareFilter(kFilterFields, fieldId, filter, record);
+}
+
+uint32_t MDTLM_VRALDCN_FLOW_GetSequenceNumber(uint32_t castType, const MDTLM_TASK_DATA *task)
+{
+    return task == nullptr ? 0 : *MDTLM_FlowTaskSequence(task, castType);
+}
+
+void MDTLM_VRALDCN_FLOW_AddSequenceNumber(uint32_t castType, MDTLM_TASK_DATA *task)
+{
+    if (task != nullptr) {
+        *MDTLM_FlowTaskSequence(task, castType) += 1;
+    }
+}
+
+} /* extern "C" */
+
+namespace {
+
+const MDTLM_SENSOR_PIPELINE kFlowPipeline = {
+    .sensorType = MDTLM_SENSOR_VRAL_FLOW,
+    .condMap = g_mdTlmFlowStatsCondMap,
+    .condRows = 2,
+    .condCmp = MDTLM_VRALDCN_FlowCmpFieldWithCondition,
+    .filterMap = g_mdTlmFlowStatsFilterMap,
+    .filterRows = 13,
+    .filterCmp = MDTLM_VRALDCN_FlowCmpFieldWithFilter,
+    .gpbEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>,
+    .jsonEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>,
+    .encodeFailFormat = "[%s:%d][STATS_EncodeStatsData] Stats data encode failed, ret: %d.",
+    .stampsSequence = 1,
+    .perfPeriodOffset = offsetof(Rec, reportPeriodIndex),
+    .perfItemBytes = sizeof(Rec),
+};
+
+} // namespace
+
+extern "C" {
+
+uint32_t MDTLM_VRALDCN_FLOW_STATS_StatsMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
+{
+    /* A body shorter than the record would be read past its end. */
+    if (task == nullptr || msg == nullptr || msg->msgLen < sizeof(Rec)) {
+        return 0;
+    }
+    return MDTLM_PIPELINE_ProcessMsg(&kFlowPipeline, task, msg);
+}
+
+void MDTLM_VRALDCN_FLOW_STATS_EncodeStatsData(const Rec *rec, MDTLM_TASK_DATA *task)
+{
+    if (rec == nullptr || task == nullptr) {
+        return;
+    }
+    MDTLM_PIPELINE_EncodeIntoTask(&kFlowPipeline, rec, task);
+}
+
+} /* extern "C" */

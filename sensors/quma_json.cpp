@@ -1,0 +1,55 @@
+/*
+ * JSON encoding of a result statistics record: one object and a comma.
+ */
+#include "mdtlm_log.h"
+#include "mdtlm_vraldcn.h"
+#include "sensor_json_object.h"
+#include "sensor_log_texts.h"
+#include "sensor_record_fields.h"
+
+/* The record body. The keys use underscores, all but "vxlan-reserved-value-second":
+ * both spellings are part of the published record format. */
+#define MDTLM_QUMA_JSON_BODY                                                                                   \
+    "\"id\":%u,\"period_id\":%u,\"protocol\":\"%s\",\"rule_id\":\"%u\",\"acl_number\":%u,\"acl_name\":\"%s\"," \
+    "\"vxlan_reserved_value\":%u,\"vxlan-reserved-value-second\":%u,\"input_packets\":%llu,"                 \
+    "\"output_packets\":%llu,\"warn_info\":\"%s\",\"time_stamp\":%u"
+
+extern "C" const char *const MDTLM_QUMA_STATS_JSON_TEMPLATE = MDTLM_QUMA_JSON_BODY;
+
+namespace {
+
+/* Below this much room the sample buffer counts as full (the longest object is 417 bytes). */
+constexpr int32_t kJsonMinRoom = 745;
+constexpr uint32_t kProtocolTextSize = 32;
+
+} // namespace
+
+extern "C" int32_t MDTLM_QUMA_JSON_CheckEncodePara(const MDTLM_QUMA_RESULT_REC *rec, const uint8_t *out, int32_t cap)
+{
+    if (rec == nullptr || out == nullptr) {
+        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_JSON_NULL_PARAM_TEXT);
+        return MDTLM_ENCODE_FAIL;
+    }
+    return cap < kJsonMinRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+}
+
+extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
+{
+    const int32_t check = MDTLM_QUMA_JSON_CheckEncodePara(rec, out, cap);
+    if (check != 0) {
+        return check;
+    }
+
+    char protocol[kProtocolTextSize];
+    char aclName[sizeof(rec->aclName) + 1];
+    char warnInfo[sizeof(rec->warnInfo) + 1];
+    if (MDTLM_QUMA_GetProtocolName(rec->protocol, protocol, sizeof(protocol)) < 0 ||
+        !MDTLM_FixedFieldText(rec->aclName, aclName) || !MDTLM_FixedFieldText(rec->warnInfo, warnInfo)) {
+        return MDTLM_ENCODE_FAIL;
+    }
+
+    return MDTLM_JsonWriteObject(out, cap, MDTLM_QUMA_JSON_BODY, rec->id, rec->periodId, protocol, rec->ruleId,
+                                 rec->aclNumber, aclName, rec->vxlanReservedValue, rec->vxlanReservedValueSecond,
+                                 static_cast<unsigned long long>(rec->inputPackets),
+                                 static_cast<unsigned long long>(rec->outputPackets), warnInfo, rec->timeStamp);
+}

@@ -1,0 +1,91 @@
+/*
+ * GPB encoding of an export flow cache record: container field 7 holding one
+ * field 1 entry with the key group (fields 1-7) and the data group (8-14).
+ */
+#include "gpb_chain.h"
+#include "gpb_frame.h"
+#include "mdtlm_log.h"
+#include "mdtlm_platform.h"
+#include "mdtlm_vraldcn.h"
+#include "record_pipeline.h"
+#include "sensor_gpb_fields.h"
+#include "sensor_log_texts.h"
+
+extern "C" {
+uint8_t g_zelkCachesBuff1[MDTLM_GPB_SCRATCH_SIZE];
+uint8_t g_zelkCachesBuff2[MDTLM_GPB_SCRATCH_SIZE];
+}
+
+namespace {
+
+constexpr uint32_t kContainerField = 7;
+constexpr uint32_t kSlotField = 1;
+constexpr uint32_t kSourceIpField = 2;
+constexpr uint32_t kDestinationIpField = 3;
+constexpr uint32_t kSlotTextSize = 16;
+constexpr uint32_t kAddressTextSize = 32;
+
+constexpr MDTLM_GPB_INT_FIELD kKeyInts[] = {
+    {4, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, protocolId)},
+    {5, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, l4SourcePort)},
+    {6, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, l4DestinationPort)},
+    {7, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, ifIndex)},
+};
+
+constexpr MDTLM_GPB_INT_FIELD kDataInts[] = {
+    {8, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, detectTimestampSecond)},
+    {9, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, state)},
+    {10, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, seed)},
+    {11, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, recoveryCount)},
+    {12, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, sequenceNumber)},
+    {13, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, recoveryMode)},
+    {14, MDTLM_FIELD_U32(MDTLM_ZELK_CACHE_REC, opMode)},
+};
+
+} // namespace
+
+extern "C" int32_t MDTLM_ZELK_GPB_EncodeIpAddress(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    char src[kAddressTextSize];
+    char dst[kAddressTextSize];
+    if (MDTLM_ZELK_JSON_EncodeIpv4(rec, src, dst, kAddressTextSize) != 0) {
+        return MDTLM_ENCODE_FAIL;
+    }
+    MDTLM_GPB_CHAIN chain(out, cap);
+    chain.Str(kSourceIpField, src).Str(kDestinationIpField, dst);
+    return chain.Result();
+}
+
+extern "C" int32_t MDTLM_ZELK_GPB_EncodeCacheKeyInfo(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    char slot[kSlotTextSize];
+    if (sprintf_s(slot, sizeof(slot), "%u", rec->slotId) < 0) {
+        return MDTLM_ENCODE_FAIL;
+    }
+    MDTLM_GPB_CHAIN chain(out, cap);
+    chain.Str(kSlotField, slot).Group(MDTLM_ZELK_GPB_EncodeIpAddress, rec);
+    return MDTLM_GpbIntFields(chain, kKeyInts, rec).Result();
+}
+
+extern "C" int32_t MDTLM_ZELK_GPB_EncodeCacheDataInfo(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    MDTLM_GPB_CHAIN chain(out, cap);
+    return MDTLM_GpbIntFields(chain, kDataInts, rec).Result();
+}
+
+extern "C" int32_t MDTLM_ZELK_GPB_EncodeData(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    MDTLM_GPB_CHAIN chain(out, cap);
+    chain.Group(MDTLM_ZELK_GPB_EncodeCacheKeyInfo, rec).Group(MDTLM_ZELK_GPB_EncodeCacheDataInfo, rec);
+    return chain.Result();
+}
+
+extern "C" int32_t MDTLM_ZELK_GPB_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    if (rec == nullptr) {
+        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_GPB_NULL_RECORD_TEXT);
+        return MDTLM_ENCODE_FAIL;
+    }
+    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeData>, rec,
+                                 g_zelkCachesBuff1, g_zelkCachesBuff2, kContainerField, out, cap);
+}

@@ -1,0 +1,72 @@
+/*
+ * JSON encoding of an export flow cache record: one object and a comma.
+ */
+#include "mdtlm_log.h"
+#include "mdtlm_platform.h"
+#include "mdtlm_vraldcn.h"
+#include "sensor_json_object.h"
+
+/* The record body: members in record order, enumerations as texts. */
+#define MDTLM_ZELK_JSON_BODY                                                                                   \
+    "\"slot-id\":\"%s\",\"source-ip\":\"%s\",\"destination-ip\":\"%s\",\"protocol-id\":\"%s\","               \
+    "\"l4-source-port\":%u,\"l4-destination-port\":%u,\"if-index\":%u,\"detect-timestamp-second\":%u,"      \
+    "\"state\":\"%s\",\"seed\":%u,\"recovery-count\":%u,\"sequence-number\":%u,\"recovery-mode\":\"%s\","    \
+    "\"op-mode\":\"%s\""
+
+extern "C" const char *const MDTLM_ZELK_STATS_JSON_TEMPLATE = MDTLM_ZELK_JSON_BODY;
+
+namespace {
+
+/* Below this much room the sample buffer counts as full (the longest object is 410 bytes). */
+constexpr int32_t kJsonMinRoom = 633;
+constexpr uint32_t kNumberTextSize = 32;
+constexpr uint32_t kAddressTextSize = 32;
+constexpr uint32_t kEnumTextSize = 128;
+
+} // namespace
+
+extern "C" int32_t MDTLM_ZELK_JSON_CheckEncodePara(const MDTLM_ZELK_CACHE_REC *rec, const uint8_t *out, int32_t cap)
+{
+    if (rec == nullptr || out == nullptr) {
+        MDTLM_LOG(MDTLM_LOG_FAILURE, "[ZELK][JSON] Param error, msg is NULL.");
+        return MDTLM_ENCODE_FAIL;
+    }
+    return cap < kJsonMinRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+}
+
+extern "C" uint32_t MDTLM_ZELK_JSON_EncodeIpv4(const MDTLM_ZELK_CACHE_REC *rec, char *src, char *dst, uint32_t cap)
+{
+    const uint32_t ret = MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->sourceIp, src, cap);
+    if (ret != 0) {
+        return ret;
+    }
+    return MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->destinationIp, dst, cap);
+}
+
+extern "C" int32_t MDTLM_ZELK_JSON_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
+{
+    const int32_t check = MDTLM_ZELK_JSON_CheckEncodePara(rec, out, cap);
+    if (check != 0) {
+        return check;
+    }
+
+    char slot[kNumberTextSize];
+    char protocol[kEnumTextSize];
+    char src[kAddressTextSize];
+    char dst[kAddressTextSize];
+    char recoveryMode[kEnumTextSize];
+    char opMode[kEnumTextSize];
+    char state[kEnumTextSize];
+    if (sprintf_s(slot, sizeof(slot), "%u", rec->slotId) < 0 ||
+        MDTLM_ZELK_GetProtocol(rec->protocolId, protocol, sizeof(protocol)) < 0 ||
+        MDTLM_ZELK_JSON_EncodeIpv4(rec, src, dst, kAddressTextSize) != 0 ||
+        MDTLM_ZELK_GetRecoveryModeStr(rec->recoveryMode, recoveryMode, sizeof(recoveryMode)) < 0 ||
+        MDTLM_ZELK_GetOpModeStr(rec->opMode, opMode, sizeof(opMode)) < 0 ||
+        MDTLM_ZELK_GetAclAppStatStr(rec->state, state, sizeof(state)) < 0) {
+        return MDTLM_ENCODE_FAIL;
+    }
+
+    return MDTLM_JsonWriteObject(out, cap, MDTLM_ZELK_JSON_BODY, slot, src, dst, protocol, rec->l4SourcePort,
+                                 rec->l4DestinationPort, rec->ifIndex, rec->detectTimestampSecond, state, rec->seed,
+                                 rec->recoveryCount, rec->sequenceNumber, recoveryMode, opMode);
+}

@@ -1,0 +1,65 @@
+/*
+ * The log helper's line bound and the buffer helpers' ownership rules.
+ */
+#include <cstdint>
+#include <string>
+
+#include "plugin_fixture.h"
+
+TEST_F(PluginTest, LogLinesBeforeBindingAreDropped)
+{
+    MDTLM_VRALDCN_WriteTlmLog(2, "%s", "early");
+    EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(16), nullptr);
+    EXPECT_EQ(Fw().Allocations(), 0u);
+    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    MDTLM_VRALDCN_WriteTlmLog(2, nullptr);
+    EXPECT_TRUE(Fw().Logs().empty());
+}
+
+TEST_F(PluginTest, LogLineBound)
+{
+    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    const struct {
+        size_t chars;
+        bool delivered;
+    } cases[] = {{1, true}, {254, true}, {255, false}, {256, false}, {400, false}, {0, false}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.chars);
+        Fw().ClearLogs();
+        std::string text(c.chars, 'x');
+        MDTLM_VRALDCN_WriteTlmLog(5, "%s", text.c_str());
+        auto logs = Fw().Logs();
+        ASSERT_EQ(logs.size(), c.delivered ? 1u : 0u);
+        if (c.delivered) {
+            EXPECT_EQ(logs[0].text, text); /* whole, not cut */
+            EXPECT_EQ(logs[0].level, 5u);
+        }
+    }
+}
+
+TEST_F(PluginTest, BufFreeNullsTheCallersPointerOnlyWhenItFreed)
+{
+    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    void *buf = MDTLM_VRALDCN_BufAlloc(40);
+    ASSERT_NE(buf, nullptr);
+    EXPECT_EQ(Fw().Outstanding(), 1);
+
+    /* Without slot 8 nothing is released and the variable keeps its value. */
+    Fw().table.BufFree = nullptr;
+    MDTLM_VRALDCN_BufFree(&buf);
+    EXPECT_NE(buf, nullptr);
+    Fw().table.BufFree = savedTable_.BufFree;
+
+    MDTLM_VRALDCN_BufFree(&buf);
+    EXPECT_EQ(buf, nullptr);
+    EXPECT_EQ(Fw().Outstanding(), 0);
+    MDTLM_VRALDCN_BufFree(&buf); /* second release of the same variable */
+    MDTLM_VRALDCN_BufFree(nullptr);
+
+    Fw().table.BufAlloc = nullptr;
+    EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(40), nullptr);
+    Fw().FailAlloc(1);
+    Fw().table.BufAlloc = savedTable_.BufAlloc;
+    EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(40), nullptr); /* the allocator's null is passed on */
+    EXPECT_EQ(Fw().Outstanding(), 0);
+}

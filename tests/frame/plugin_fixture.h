@@ -1,0 +1,101 @@
+/*
+ * Fixture for tests of the plug-in's frame and loop: the framework double is
+ * installed, the host runs with a manual clock and manual tasks (the test
+ * thread drives the loop) and binds the channel on a port of its own. Every
+ * test ends with a full unload and checks that no framework buffer is left.
+ */
+#ifndef MDTLM_TEST_PLUGIN_FIXTURE_H
+#define MDTLM_TEST_PLUGIN_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "fake_framework.h"
+#include "mdtlm_host.h"
+#include "mdtlm_vraldcn.h"
+
+class PluginTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        Fw().Reset();
+        savedTable_ = Fw().table;
+        Fw().Install();
+        MDTLM_HOST_FaultClear();
+        MDTLM_HOST_HpxClear();
+        MDTLM_HOST_SetManualClock(1);
+        MDTLM_HOST_SetManualTasks(1);
+        MDTLM_HOST_ChanSetPortOverride(1, 0);
+        MDTLM_HOST_CallCountReset();
+    }
+
+    void TearDown() override
+    {
+        MDTLM_HOST_FaultClear();
+        Fw().FailAlloc(0, 0);
+        Fw().table = savedTable_;
+        MDTLM_VRALDCN_Unload();
+        MDTLM_HOST_JoinTasks();
+        EXPECT_EQ(Fw().Outstanding(), 0);
+    }
+
+    static FakeFramework &Fw() { return FakeFramework::Get(); }
+
+    MDTLM_FRM_VTBL savedTable_{}; /* tests may blank slots; restored before the unload */
+
+    /* The shape of a delivered line: label, '#' for the line number, text. */
+    static std::string L(const std::string &text) { return "[mdtlm.vraldcn.statis:#]" + text; }
+
+    /* Starts the plug-in; the loop is then driven with Pump(). */
+    static void Start()
+    {
+        ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
+        Fw().ClearLogs();
+    }
+
+    static uint32_t Pump() { return MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
+
+    /* A buffer from the framework's allocator holding one event. */
+    static MDTLM_EVENT_MSG *NewEvent(uint32_t type, uint32_t payloadLen, uint32_t firstWord)
+    {
+        auto *event = static_cast<MDTLM_EVENT_MSG *>(MDTLM_VRALDCN_BufAlloc(8 + (payloadLen < 4 ? 4 : payloadLen)));
+        event->msgType = type;
+        event->msgLen = payloadLen;
+        std::memcpy(event->payload, &firstWord, 4);
+        return event;
+    }
+};
+
+/* One task linked straight into a sensor's list, so that the sensor counts as
+ * having tasks; unlinked and released when the scope ends. */
+class ScopedTask {
+public:
+    explicit ScopedTask(uint32_t sensorType)
+    {
+        node_ = static_cast<MDTLM_TASK_NODE *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_TASK_NODE)));
+        std::memset(node_, 0, sizeof(*node_));
+        node_->data.sensorType = sensorType;
+        MDTLM_LIST_LINK *head = g_vralDcnTlmTaskListMap[sensorType - 1].taskList;
+        node_->link.next = head->next;
+        node_->link.prev = head;
+        head->next->prev = &node_->link;
+        head->next = &node_->link;
+    }
+    ~ScopedTask()
+    {
+        node_->link.prev->next = node_->link.next;
+        node_->link.next->prev = node_->link.prev;
+        void *raw = node_;
+        MDTLM_VRALDCN_BufFree(&raw);
+    }
+    ScopedTask(const ScopedTask &) = delete;
+    ScopedTask &operator=(const ScopedTask &) = delete;
+
+private:
+    MDTLM_TASK_NODE *node_;
+};
+
+#endif /* MDTLM_TEST_PLUGIN_FIXTURE_H */

@@ -1,0 +1,92 @@
+/*
+ * The period timer and the second counter: one timer only, one tick event
+ * per tick carrying the counter, gaps for lost ticks, wrap-around.
+ */
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "../frame/plugin_fixture.h"
+
+namespace {
+
+std::vector<uint32_t> g_ticks;
+
+uint32_t RecordTick(void *payload, uint32_t payloadLen)
+{
+    EXPECT_EQ(payloadLen, 4u);
+    uint32_t second = 0;
+    std::memcpy(&second, payload, 4);
+    g_ticks.push_back(second);
+    return 0;
+}
+
+class TimerTest : public PluginTest {
+protected:
+    void SetUp() override
+    {
+        PluginTest::SetUp();
+        Start();
+        g_mdtlmVralDcnEventProcList[MDTLM_EVENT_STATS_UPLOAD] = RecordTick;
+    }
+    static void Tick(uint32_t ticks)
+    {
+        MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, ticks);
+        Pump();
+    }
+};
+
+} // namespace
+
+TEST_F(TimerTest, CreatedOnceAndRetriedAfterFailure)
+{
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_TIMER_CREATE, 0, 1, -3);
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 1u);
+    EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
+    EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L("[VRALDCN_TIMER_Create] create timer failed, timerId: -3.")});
+
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    EXPECT_GT(g_mdtlmVralDcnTimerId, 0);
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_CREATE), 2u);
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimerSecondCnt(), 0u); /* no tick yet */
+}
+
+TEST_F(TimerTest, TenTicksQueueTenEventsCarryingTheCounter)
+{
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    Tick(10);
+    EXPECT_EQ(g_ticks, (std::vector<uint32_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimerSecondCnt(), 10u);
+    EXPECT_EQ(Fw().Outstanding(), 0);
+}
+
+TEST_F(TimerTest, LostTicksLeaveGapsInTheCounter)
+{
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    Tick(1);
+    Fw().FailAllocOfSize(12, 1);
+    Tick(1);
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_WRITE, 0, 1, 0);
+    Tick(1);
+    Tick(1);
+    EXPECT_EQ(g_ticks, (std::vector<uint32_t>{1, 4}));
+    EXPECT_EQ(Fw().Shapes(),
+              (std::vector<std::string>{
+                  L("[NTVVRALDCN_STATS_PushStatsEventToQu] Alloc memory failed, timerSecondCnt: 2."),
+                  L("[VRALDCN_STATS_TimerCallback] push stats event to queue failed, ret: 1."),
+                  L("[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0."),
+                  L("[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: 3, "
+                    "ret: 1."),
+              }));
+    EXPECT_EQ(Fw().Outstanding(), 0);
+}
+
+TEST_F(TimerTest, CounterWrapsToZero)
+{
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    g_mdtlmVralTimerSecondCnt = 4294967295u;
+    Tick(1);
+    EXPECT_EQ(g_ticks, std::vector<uint32_t>{0});
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimerSecondCnt(), 0u);
+}

@@ -1,0 +1,97 @@
+/*
+ * Full unload: the worker thread ends, every queue, the timer and the server
+ * go, and what was still queued is released. The partial shut-down of a
+ * failed start-up leaves the event queue and the timer to it.
+ */
+#include <cstdint>
+#include <vector>
+
+#include "../frame/plugin_fixture.h"
+
+namespace {
+
+struct PlatformCalls {
+    uint64_t queueDestroys, chanDestroys, epollDestroys, timerDestroys;
+    bool operator==(const PlatformCalls &) const = default;
+};
+
+PlatformCalls CallsSinceReset()
+{
+    return {MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_DESTROY), MDTLM_HOST_CallCount(MDTLM_HOST_OP_CHAN_DESTROY),
+            MDTLM_HOST_CallCount(MDTLM_HOST_OP_EPOLL_DESTROY), MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_DESTROY)};
+}
+
+void ExpectNothingLeft()
+{
+    EXPECT_EQ(g_mdtlmVralDcnEpollId, UINT32_MAX);
+    EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
+    EXPECT_EQ(g_mdtlmVralDcnTaskEventHdl, nullptr);
+    EXPECT_EQ(g_mdtlmNtvVralDcnStatsQueHdl, nullptr);
+    EXPECT_EQ(g_mdtlmNtvVralDcnChanHandle, nullptr);
+}
+
+} // namespace
+
+TEST_F(PluginTest, UnloadEndsTheWorkerThread)
+{
+    MDTLM_HOST_SetManualTasks(0);
+    ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
+    MDTLM_VRALDCN_Unload();
+    EXPECT_EQ(MDTLM_HOST_JoinTasks(), 1u);
+    EXPECT_EQ(MDTLM_HOST_RunningTasks(), 0u);
+    EXPECT_EQ(Fw().Outstanding(), 0);
+    EXPECT_TRUE(Fw().HasShape(L("[VRALDCN_THREAD_StatsMain] Start run mdtlm vral stats thread."), 1));
+    ExpectNothingLeft();
+}
+
+TEST_F(PluginTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
+{
+    Start();
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    for (uint32_t i = 0; i < 3; ++i) {
+        ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(1, 3544, i)), 0u);
+    }
+    uint8_t body[56] = {1};
+    MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body, sizeof(body));
+    MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body, sizeof(body));
+    ASSERT_EQ(Fw().Outstanding(), 5);
+
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_Unload();
+    EXPECT_EQ(Fw().Outstanding(), 0);
+    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{2, 1, 1, 1}));
+    ExpectNothingLeft();
+
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_Unload();
+    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{0, 0, 0, 0}));
+}
+
+TEST_F(PluginTest, DestoryLeavesEventQueueAndTimerForTheUnload)
+{
+    Start();
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+    int32_t timerId = g_mdtlmVralDcnTimerId;
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_Destory();
+    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 1, 1, 0}));
+    EXPECT_NE(g_mdtlmVralDcnTaskEventHdl, nullptr);
+    EXPECT_EQ(g_mdtlmVralDcnTimerId, timerId);
+
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_Unload();
+    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 0, 0, 1}));
+    ExpectNothingLeft();
+}
+
+TEST_F(PluginTest, UnloadAfterFailedStartup)
+{
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_CHAN_SERVER, 0, 1, 4);
+    ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);
+    ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 1)), 0u);
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_Unload();
+    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 0, 0, 0}));
+    EXPECT_EQ(Fw().Outstanding(), 0);
+    ExpectNothingLeft();
+}

@@ -1,0 +1,76 @@
+/*
+ * The simulator's configuration: the telemetry tasks it subscribes, as the
+ * framework would, and the settings of its built-in forwarding side.
+ *
+ * {
+ *   "generator": {"rate": 20, "seed": 7},
+ *   "tasks": [
+ *     {"sensor": "flow", "instance": 1, "task": 10, "encoding": "json", "sample-interval": 5000,
+ *      "conditions": [{"name": "direction", "value": "1"}],
+ *      "filters": [{"name": "byte-count", "operator": "gt", "threshold": 4294967296}],
+ *      "filter-logic": "and"}
+ *   ]
+ * }
+ */
+#ifndef MDTLM_SIM_CONFIG_H
+#define MDTLM_SIM_CONFIG_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "json_source.h"
+#include "mdtlm_types.h"
+#include "sensor_table.h"
+
+namespace mdtlm::sim {
+
+struct ConditionConfig {
+    std::string name;
+    std::string value;
+};
+
+struct FilterConfig {
+    std::string name;
+    uint8_t op = MDTLM_FILTER_OP_EQ;
+    uint64_t threshold = 0;
+};
+
+struct TaskConfig {
+    const tools::SensorDesc *sensor = nullptr;
+    uint32_t instance = 1;
+    uint32_t task = 0;
+    uint32_t encodeType = MDTLM_ENCODE_TYPE_GPB;
+    uint32_t sampleInterval = 1000;
+    std::vector<ConditionConfig> conditions;
+    std::vector<FilterConfig> filters;
+    uint32_t filterLogic = MDTLM_FILTER_LOGIC_AND;
+
+    bool Json() const { return encodeType == MDTLM_ENCODE_TYPE_JSON; }
+    const char *EncodingName() const { return Json() ? "json" : "gpb"; }
+    /* "flow 1/10": sensor, instance, task. */
+    std::string Label() const;
+    /* The sensor-path block handed to the add entry. */
+    MDTLM_SENSOR_PATH_INFO PathInfo() const;
+};
+
+struct GeneratorConfig {
+    double rate = 5;   /* records per second per subscribed sensor */
+    uint64_t seed = 1;
+};
+
+struct SimConfig {
+    std::vector<TaskConfig> tasks;
+    GeneratorConfig generator;
+
+    /* Samples name only instance and task; the pair is unique across sensors. */
+    const TaskConfig *FindTask(uint32_t instance, uint32_t task) const;
+};
+
+/* Throws tools::InputError "FILE:LINE: FIELD: problem" for anything malformed. */
+SimConfig LoadConfig(const std::string &path);
+SimConfig ReadConfig(const tools::JsonSource &source);
+
+} // namespace mdtlm::sim
+
+#endif /* MDTLM_SIM_CONFIG_H */
