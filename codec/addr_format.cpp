@@ -6,6 +6,8 @@
  *   MAC   three groups of four upper-case hex digits  "001A-2B3C-4D5E"
  * Each converter first demands a minimum capacity (32, 40, 18 bytes), then
  * formats. They return 0 on success and 1 on failure, and log nothing.
+ * The last number of an address is written without its separator, so the
+ * longest IPv6 text (39 characters and the NUL) fits the 40-byte floor.
  */
 #include <stdint.h>
 #include <string.h>
@@ -57,12 +59,13 @@ uint32_t MDTLM_VRALDCN_ConvertIpv4AddrToStr(uint32_t addr, char *out, uint32_t c
     }
     char *pos = out;
     uint32_t left = cap;
-    for (uint32_t shift : kIpv4Shifts) {
-        if (!Append(&pos, &left, "%u.", (addr >> shift) & 0xffu)) {
+    constexpr uint32_t count = sizeof(kIpv4Shifts) / sizeof(kIpv4Shifts[0]);
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t octet = (addr >> kIpv4Shifts[i]) & 0xffu;
+        if (!Append(&pos, &left, i + 1 < count ? "%u." : "%u", octet)) {
             return kFailed;
         }
     }
-    pos[-1] = '\0'; /* the final "." */
     return 0;
 }
 
@@ -75,12 +78,13 @@ uint32_t MDTLM_VRALDCN_ConvertIpv6AddrToStr(const void *addr, char *out, uint32_
     memcpy(words, addr, sizeof(words)); /* records need not align the address */
     char *pos = out;
     uint32_t left = cap;
-    for (const Ipv6Group &group : kIpv6Groups) {
-        if (!Append(&pos, &left, "%x:", (words[group.word] >> group.shift) & 0xffffu)) {
+    constexpr uint32_t count = sizeof(kIpv6Groups) / sizeof(kIpv6Groups[0]);
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t group = (words[kIpv6Groups[i].word] >> kIpv6Groups[i].shift) & 0xffffu;
+        if (!Append(&pos, &left, i + 1 < count ? "%x:" : "%x", group)) {
             return kFailed;
         }
     }
-    pos[-1] = '\0'; /* the final ":" */
     return 0;
 }
 

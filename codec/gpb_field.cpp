@@ -7,30 +7,23 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "gpb_wire.h"
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
 
-constexpr uint32_t kWireVarint = 0;
-constexpr uint32_t kWireLengthDelimited = 2;
-
-} // namespace
-
-extern "C" {
-
-int32_t MDTLM_VRALDCN_GPB_EncodeLengthDelimited(uint32_t fieldId, const uint8_t *bytes, uint32_t len, uint8_t *out,
-                                                int32_t cap)
+int32_t PutLengthDelimited(uint32_t fieldId, const uint8_t *bytes, uint32_t len, uint8_t *out, int32_t cap)
 {
-    const int32_t keyLen = MDTLM_VRALDCN_GPB_EncodeFieldType(fieldId, kWireLengthDelimited, out, cap);
+    const int32_t keyLen = MDTLM_GPB_PutKey(fieldId, MDTLM_GPB_WIRE_LENGTH_DELIMITED, out, cap);
     if (keyLen < 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_GPB_EncodeLengthDelimited] Encode field type failed, fieldId: %u.",
                   fieldId);
         return keyLen;
     }
 
-    const int32_t lenLen = MDTLM_VRALDCN_GPB_EncodeVarint(len, out + keyLen, cap - keyLen);
+    const int32_t lenLen = MDTLM_GPB_PutVarint(len, out + keyLen, cap - keyLen);
     if (lenLen < 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE,
                   "[NTVVRALDCN_GPB_EncodeLengthDelimited] Encode string length failed, fieldId: %u, totalLen: %d, "
@@ -56,12 +49,21 @@ int32_t MDTLM_VRALDCN_GPB_EncodeLengthDelimited(uint32_t fieldId, const uint8_t 
     return keyLen + lenLen + static_cast<int32_t>(len);
 }
 
+} // namespace
+
+extern "C" {
+
+int32_t MDTLM_VRALDCN_GPB_EncodeLengthDelimited(uint32_t fieldId, const uint8_t *bytes, uint32_t len, uint8_t *out,
+                                                int32_t cap)
+{
+    return PutLengthDelimited(fieldId, bytes, len, out, cap);
+}
+
 int32_t MDTLM_VRALDCN_GPB_EncodeString(uint32_t fieldId, const char *text, uint8_t *out, int32_t cap)
 {
     /* A missing text reaches the copy with no source and fails there (-1). */
     const uint32_t len = text != nullptr ? static_cast<uint32_t>(strlen(text)) : 0u;
-    const int32_t ret =
-        MDTLM_VRALDCN_GPB_EncodeLengthDelimited(fieldId, reinterpret_cast<const uint8_t *>(text), len, out, cap);
+    const int32_t ret = PutLengthDelimited(fieldId, reinterpret_cast<const uint8_t *>(text), len, out, cap);
     if (ret < 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE,
                   "[NTVVRALDCN_GPB_EncodeString] Encode string length failed, fieldId: %u, strVal: %s, buffLen: %d.",
@@ -73,14 +75,14 @@ int32_t MDTLM_VRALDCN_GPB_EncodeString(uint32_t fieldId, const char *text, uint8
 int32_t MDTLM_VRALDCN_GPB_EncodeInterger(uint32_t fieldId, uint64_t value, uint8_t *out, int32_t cap)
 {
     /* The log lines print the value with "%u": its low 32 bits. */
-    const int32_t keyLen = MDTLM_VRALDCN_GPB_EncodeFieldType(fieldId, kWireVarint, out, cap);
+    const int32_t keyLen = MDTLM_GPB_PutKey(fieldId, MDTLM_GPB_WIRE_VARINT, out, cap);
     if (keyLen < 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_GPB_EncodeInterge] Encode field type failed, fieldId: %u, val: %u",
                   fieldId, static_cast<uint32_t>(value));
         return keyLen;
     }
 
-    const int32_t valLen = MDTLM_VRALDCN_GPB_EncodeVarint(value, out + keyLen, cap - keyLen);
+    const int32_t valLen = MDTLM_GPB_PutVarint(value, out + keyLen, cap - keyLen);
     if (valLen < 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_GPB_EncodeInterge] Encode val failed, fieldId: %u, val: %u",
                   fieldId, static_cast<uint32_t>(value));

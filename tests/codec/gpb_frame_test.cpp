@@ -87,22 +87,6 @@ TEST(GpbFrame, RecordSitsInFieldOneOfTheContainer)
     }
 }
 
-TEST(GpbFrame, RecordsAppendIntoOneContainerMessage)
-{
-    std::string sample;
-    for (size_t size : {5, 300}) {
-        Body body{size, 0, 0};
-        uint8_t out[400];
-        const int32_t n = MDTLM_GPB_FrameRecord(WriteBody, &body, g_scratch1, g_scratch2, 2, out, sizeof(out));
-        ASSERT_GT(n, 0);
-        sample.append(reinterpret_cast<char *>(out), static_cast<size_t>(n));
-    }
-    const auto records = Decode(sample);
-    ASSERT_EQ(records.size(), 2u);
-    EXPECT_EQ(Decode(records[0].bytes)[0].bytes, BodyBytes(5));
-    EXPECT_EQ(Decode(records[1].bytes)[0].bytes, BodyBytes(300));
-}
-
 TEST(GpbFrame, FailuresLeaveTheOutputUntouched)
 {
     const struct {

@@ -114,6 +114,7 @@ TEST(GpbLengthDelimited, BytesAndTextsDecodeAsWritten)
         SCOPED_TRACE(text.size());
         const std::string ref = Reference([&](CodedOutputStream &s) {
             s.WriteTag((33 << 3) | 2);
+            s.WriteVarint32(static_cast<uint32_t>(text.size()));
             s.WriteString(text);
         });
         Guarded exact(ref.size());

@@ -6,19 +6,25 @@
 
 #include "plugin_fixture.h"
 
-TEST_F(PluginTest, LogLinesBeforeBindingAreDropped)
+using FrameTest = PluginTest;
+
+TEST_F(FrameTest, NothingIsLoggedOrAllocatedBeforeBinding)
 {
+    Fw().Uninstall();
+    EXPECT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 1u);
     MDTLM_VRALDCN_WriteTlmLog(2, "%s", "early");
     EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(16), nullptr);
-    EXPECT_EQ(Fw().Allocations(), 0u);
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    EXPECT_EQ(MDTLM_VRALDCN_SampleXpathRegister(), 1u);
+    Fw().Install();
+    Bind();
     MDTLM_VRALDCN_WriteTlmLog(2, nullptr);
     EXPECT_TRUE(Fw().Logs().empty());
+    EXPECT_EQ(Fw().Allocations(), 0u);
 }
 
-TEST_F(PluginTest, LogLineBound)
+TEST_F(FrameTest, LogLinesLongerThan254CharactersAreDroppedWhole)
 {
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    Bind();
     const struct {
         size_t chars;
         bool delivered;
@@ -31,35 +37,32 @@ TEST_F(PluginTest, LogLineBound)
         auto logs = Fw().Logs();
         ASSERT_EQ(logs.size(), c.delivered ? 1u : 0u);
         if (c.delivered) {
-            EXPECT_EQ(logs[0].text, text); /* whole, not cut */
+            EXPECT_EQ(logs[0].text, text);
             EXPECT_EQ(logs[0].level, 5u);
         }
     }
 }
 
-TEST_F(PluginTest, BufFreeNullsTheCallersPointerOnlyWhenItFreed)
+TEST_F(FrameTest, BufFreeNullsTheCallersPointerOnlyWhenItFreed)
 {
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    Bind();
     void *buf = MDTLM_VRALDCN_BufAlloc(40);
     ASSERT_NE(buf, nullptr);
-    EXPECT_EQ(Fw().Outstanding(), 1);
-
-    /* Without slot 8 nothing is released and the variable keeps its value. */
     Fw().table.BufFree = nullptr;
     MDTLM_VRALDCN_BufFree(&buf);
-    EXPECT_NE(buf, nullptr);
+    EXPECT_NE(buf, nullptr); /* nothing released, the variable keeps its value */
     Fw().table.BufFree = savedTable_.BufFree;
+    EXPECT_EQ(Fw().Outstanding(), 1);
 
     MDTLM_VRALDCN_BufFree(&buf);
     EXPECT_EQ(buf, nullptr);
     EXPECT_EQ(Fw().Outstanding(), 0);
-    MDTLM_VRALDCN_BufFree(&buf); /* second release of the same variable */
+    MDTLM_VRALDCN_BufFree(&buf); /* a second release of the same variable */
     MDTLM_VRALDCN_BufFree(nullptr);
 
     Fw().table.BufAlloc = nullptr;
     EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(40), nullptr);
-    Fw().FailAlloc(1);
     Fw().table.BufAlloc = savedTable_.BufAlloc;
+    Fw().FailAlloc(1);
     EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(40), nullptr); /* the allocator's null is passed on */
-    EXPECT_EQ(Fw().Outstanding(), 0);
 }

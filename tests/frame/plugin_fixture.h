@@ -1,8 +1,8 @@
 /*
- * Fixture for tests of the plug-in's frame and loop: the framework double is
- * installed, the host runs with a manual clock and manual tasks (the test
- * thread drives the loop) and binds the channel on a port of its own. Every
- * test ends with a full unload and checks that no framework buffer is left.
+ * Fixture for the frame and loop tests: the framework double is installed,
+ * the host runs a manual clock and manual tasks (the test thread drives the
+ * loop with Pump) and binds the channel on a port of its own. Every test ends
+ * with a full unload and no framework buffer left.
  */
 #ifndef MDTLM_TEST_PLUGIN_FIXTURE_H
 #define MDTLM_TEST_PLUGIN_FIXTURE_H
@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,7 @@ protected:
     {
         MDTLM_HOST_FaultClear();
         Fw().FailAlloc(0, 0);
-        Fw().table = savedTable_;
+        Fw().table = savedTable_; /* tests may blank slots */
         MDTLM_VRALDCN_Unload();
         MDTLM_HOST_JoinTasks();
         EXPECT_EQ(Fw().Outstanding(), 0);
@@ -44,43 +45,50 @@ protected:
 
     static FakeFramework &Fw() { return FakeFramework::Get(); }
 
-    MDTLM_FRM_VTBL savedTable_{}; /* tests may blank slots; restored before the unload */
-
-    /* The shape of a delivered line: label, '#' for the line number, text. */
+    /* Shape of a delivered line: label, '#' for the line number, then text. */
     static std::string L(const std::string &text) { return "[mdtlm.vraldcn.statis:#]" + text; }
+    static std::vector<std::string> Lines(std::initializer_list<std::string> texts)
+    {
+        std::vector<std::string> shapes;
+        for (const std::string &text : texts) {
+            shapes.push_back(L(text));
+        }
+        return shapes;
+    }
 
-    /* Starts the plug-in; the loop is then driven with Pump(). */
     static void Start()
     {
         ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
         Fw().ClearLogs();
     }
-
+    static void Bind() { ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u); }
     static uint32_t Pump() { return MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
 
-    /* A buffer from the framework's allocator holding one event. */
-    static MDTLM_EVENT_MSG *NewEvent(uint32_t type, uint32_t payloadLen, uint32_t firstWord)
+    /* An event in a framework buffer, payload starting with `word`. */
+    static MDTLM_EVENT_MSG *NewEvent(uint32_t type, uint32_t payloadLen, uint32_t word)
     {
         auto *event = static_cast<MDTLM_EVENT_MSG *>(MDTLM_VRALDCN_BufAlloc(8 + (payloadLen < 4 ? 4 : payloadLen)));
         event->msgType = type;
         event->msgLen = payloadLen;
-        std::memcpy(event->payload, &firstWord, 4);
+        std::memcpy(event->payload, &word, 4);
         return event;
     }
+    static void Free(void *buf) { MDTLM_VRALDCN_BufFree(&buf); }
+
+    MDTLM_FRM_VTBL savedTable_{};
 };
 
-/* One task linked straight into a sensor's list, so that the sensor counts as
- * having tasks; unlinked and released when the scope ends. */
+/* A task node linked straight into a sensor's list, so that the sensor has a
+ * task; unlinked and released when the scope ends. */
 class ScopedTask {
 public:
     explicit ScopedTask(uint32_t sensorType)
+        : node_(static_cast<MDTLM_TASK_NODE *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_TASK_NODE))))
     {
-        node_ = static_cast<MDTLM_TASK_NODE *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_TASK_NODE)));
         std::memset(node_, 0, sizeof(*node_));
         node_->data.sensorType = sensorType;
         MDTLM_LIST_LINK *head = g_vralDcnTlmTaskListMap[sensorType - 1].taskList;
-        node_->link.next = head->next;
-        node_->link.prev = head;
+        node_->link = {head->next, head};
         head->next->prev = &node_->link;
         head->next = &node_->link;
     }

@@ -1,5 +1,5 @@
 /*
- * Path registration: the records handed to the framework, byte by byte, and a
+ * Path registration: the record handed to the framework, byte by byte, and a
  * framework that refuses one path.
  */
 #include <cstdint>
@@ -10,13 +10,13 @@
 
 namespace {
 
-struct ExpectedPath {
+using FrameTest = PluginTest;
+
+const struct {
     const char *xpath;
     MDTLM_ADD_TASK_FUNC add;
     MDTLM_DEL_TASK_FUNC del;
-};
-
-const ExpectedPath kPaths[] = {
+} kPaths[] = {
     {"dravik-vral:vral/dravik-vral-statistics:flow-statistics/flow-statistic", MDTLM_VRALDCN_FLOW_AddTlmTask,
      MDTLM_VRALDCN_FLOW_DelTlmTask},
     {"dravik-vral:vral/dravik-vral-statistics:flow-hop-statistics/flow-hop-statistic",
@@ -30,7 +30,7 @@ const ExpectedPath kPaths[] = {
 };
 
 template <typename T>
-T PointerAt(const uint8_t *bytes, size_t offset)
+T At(const uint8_t *bytes, size_t offset)
 {
     T value;
     std::memcpy(&value, bytes + offset, sizeof(value));
@@ -39,45 +39,33 @@ T PointerAt(const uint8_t *bytes, size_t offset)
 
 } // namespace
 
-TEST_F(PluginTest, RegistersSixPathsWithExactRecordsAndSurvivesARefusedPath)
+TEST_F(FrameTest, RegistersSixPathsWithExactRecordsAndSurvivesARefusedPath)
 {
     Fw().SetRegResult(kPaths[2].xpath, 6);
     ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
 
     auto regs = Fw().Registrations();
     ASSERT_EQ(regs.size(), 6u);
+    const uint8_t zeros[32] = {};
+    const uint8_t regParam[8] = {0x10, 0x27, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00};
+    const uint8_t one[8] = {0x01, 0, 0, 0, 0, 0, 0, 0};
     for (size_t i = 0; i < regs.size(); ++i) {
         SCOPED_TRACE(kPaths[i].xpath);
-        EXPECT_EQ(regs[i].xpath, kPaths[i].xpath);
         const auto *bytes = reinterpret_cast<const uint8_t *>(&regs[i].info);
-        for (size_t b = 0; b < 32; ++b) {
-            EXPECT_EQ(bytes[b], 0u) << "byte " << b;
-        }
-        const uint8_t regParam[8] = {0x10, 0x27, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00};
+        EXPECT_EQ(regs[i].xpath, kPaths[i].xpath);
+        EXPECT_EQ(std::memcmp(bytes, zeros, 32), 0);
         EXPECT_EQ(std::memcmp(bytes + 32, regParam, 8), 0);
-        EXPECT_EQ(PointerAt<MDTLM_QUERY_FUNC>(bytes, 40), &MDTLM_VRALDCN_QueryFunc);
-        EXPECT_EQ(PointerAt<MDTLM_DEL_TASK_FUNC>(bytes, 48), kPaths[i].del);
-        const uint8_t one[8] = {0x01, 0, 0, 0, 0, 0, 0, 0};
+        EXPECT_EQ(At<MDTLM_QUERY_FUNC>(bytes, 40), &MDTLM_VRALDCN_QueryFunc);
+        EXPECT_EQ(At<MDTLM_DEL_TASK_FUNC>(bytes, 48), kPaths[i].del);
         EXPECT_EQ(std::memcmp(bytes + 56, one, 8), 0);
-        EXPECT_EQ(PointerAt<MDTLM_ADD_TASK_FUNC>(bytes, 64), kPaths[i].add);
+        EXPECT_EQ(At<MDTLM_ADD_TASK_FUNC>(bytes, 64), kPaths[i].add);
     }
-
-    size_t failures = 0;
+    size_t registerLines = 0;
     for (const std::string &shape : Fw().Shapes()) {
-        failures += shape.find("[SampleXpathRegister]") != std::string::npos;
+        registerLines += shape.find("[SampleXpathRegister]") != std::string::npos;
     }
-    EXPECT_EQ(failures, 1u);
+    EXPECT_EQ(registerLines, 1u);
     EXPECT_TRUE(Fw().HasShape(L("[SampleXpathRegister] failed, ret: 6, xpath: " + std::string(kPaths[2].xpath) + "."),
                               2));
     EXPECT_EQ(MDTLM_VRALDCN_QueryFunc(), 0u);
-}
-
-TEST_F(PluginTest, RegistrationWithoutTableOrSlotReturnsOne)
-{
-    EXPECT_EQ(MDTLM_VRALDCN_SampleXpathRegister(), 1u); /* not bound yet */
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
-    Fw().table.RegXpath = nullptr;
-    EXPECT_EQ(MDTLM_VRALDCN_SampleXpathRegister(), 1u);
-    EXPECT_TRUE(Fw().Registrations().empty());
-    EXPECT_TRUE(Fw().Logs().empty());
 }

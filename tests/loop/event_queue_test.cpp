@@ -1,6 +1,6 @@
 /*
- * The event queue: dispatch order, malformed events, failing handlers, a
- * full queue and the flow-control callbacks of both queues.
+ * The event queue: dispatch order, malformed events, failing handlers, a full
+ * queue, and the flow-control callbacks of both queues.
  */
 #include <cstdint>
 #include <string>
@@ -11,13 +11,16 @@
 
 namespace {
 
-std::vector<std::pair<uint32_t, uint32_t>> g_handled; /* (type, first payload word) */
+using LoopTest = PluginTest;
+using Handled = std::vector<std::pair<uint32_t, uint32_t>>; /* (type, first payload word) */
+
+Handled g_handled;
 
 template <uint32_t Type, uint32_t Result>
-uint32_t Record(void *payload, uint32_t payloadLen)
+uint32_t Record(void *payload, uint32_t)
 {
     uint32_t word = 0;
-    std::memcpy(&word, payload, payloadLen < 4 ? payloadLen : 4);
+    std::memcpy(&word, payload, 4);
     g_handled.emplace_back(Type, word);
     return Result;
 }
@@ -31,7 +34,7 @@ void RecordAllEvents()
 
 } // namespace
 
-TEST_F(PluginTest, EventsAreHandledOnePerPopInQueueOrder)
+TEST_F(LoopTest, EventsAreHandledOnePerPopInQueueOrder)
 {
     Start();
     RecordAllEvents();
@@ -39,61 +42,56 @@ TEST_F(PluginTest, EventsAreHandledOnePerPopInQueueOrder)
     ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 22)), 0u);
     ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(0, 4, 33)), 0u);
     EXPECT_EQ(Pump(), 3u);
-    EXPECT_EQ(g_handled, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 11}, {2, 22}, {0, 33}}));
+    EXPECT_EQ(g_handled, (Handled{{1, 11}, {2, 22}, {0, 33}}));
     EXPECT_EQ(Fw().Outstanding(), 0);
     EXPECT_TRUE(Fw().Logs().empty());
 }
 
-TEST_F(PluginTest, MalformedAndFailingEventsAreReleased)
+TEST_F(LoopTest, MalformedAndFailingEventsAreReleased)
 {
     Start();
     RecordAllEvents();
     g_mdtlmVralDcnEventProcList[1] = Record<1, 5>;
     const struct {
-        const char *name;
-        uint32_t type;
-        uint32_t len;
+        uint32_t type, len;
         bool nullElement;
         const char *line;
         size_t handled;
     } cases[] = {
-        {"type 3", 3, 4, false, "[VRALDCN_EVENT_Pop] Msg info error, msgType: 3.", 0},
-        {"empty tick", 0, 0, false, "[VRALDCN_EVENT_Pop] Msg info error, msgType: 0.", 0},
-        {"null element", 0, 0, true, "[VRALDCN_EVENT_Pop] Msg is null.", 0},
-        {"handler fails", 1, 3544, false, "[VRALDCN_EVENT_Pop] Msg proc failed, ret: 5, msgType: 1.", 1},
+        {3, 4, false, "[VRALDCN_EVENT_Pop] Msg info error, msgType: 3.", 0},
+        {0, 0, false, "[VRALDCN_EVENT_Pop] Msg info error, msgType: 0.", 0},
+        {0, 0, true, "[VRALDCN_EVENT_Pop] Msg is null.", 0},
+        {1, 3544, false, "[VRALDCN_EVENT_Pop] Msg proc failed, ret: 5, msgType: 1.", 1},
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(c.line);
         g_handled.clear();
         Fw().ClearLogs();
         ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(c.nullElement ? nullptr : NewEvent(c.type, c.len, 1)), 0u);
         EXPECT_EQ(Pump(), 1u);
-        EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L(c.line)});
-        EXPECT_EQ(Fw().Logs()[0].level, 2u);
+        EXPECT_EQ(Fw().Shapes(), Lines({c.line}));
+        EXPECT_TRUE(Fw().HasShape(L(c.line), 2));
         EXPECT_EQ(g_handled.size(), c.handled);
         EXPECT_EQ(Fw().Outstanding(), 0);
     }
-    /* A later event is handled as usual. */
-    ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 9)), 0u);
+    ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 9)), 0u); /* later events as usual */
     EXPECT_EQ(Pump(), 1u);
     EXPECT_EQ(g_handled.back(), (std::pair<uint32_t, uint32_t>{2, 9}));
 }
 
-TEST_F(PluginTest, PopOfAnEmptyQueueAndPushWithoutQueue)
+TEST_F(LoopTest, PopOfAnEmptyQueueAndPushWithoutQueue)
 {
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    Bind();
     MDTLM_EVENT_MSG *early = NewEvent(1, 3544, 0);
     EXPECT_EQ(MDTLM_VRALDCN_EVENT_Push(early), 1u); /* still the caller's */
-    void *raw = early;
-    MDTLM_VRALDCN_BufFree(&raw);
+    Free(early);
     EXPECT_TRUE(Fw().Logs().empty());
-
     Start();
     EXPECT_EQ(MDTLM_VRALDCN_EVENT_Pop(g_mdtlmVralDcnTaskEventHdl), 0u);
-    EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L("[VRALDCN_EVENT_Pop] Queue no data.")});
+    EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_EVENT_Pop] Queue no data."}));
 }
 
-TEST_F(PluginTest, FullEventQueueRefusesThe1025thEvent)
+TEST_F(LoopTest, FullEventQueueRefusesThe1025thEvent)
 {
     Start();
     for (uint32_t i = 0; i < 1024; ++i) {
@@ -102,27 +100,22 @@ TEST_F(PluginTest, FullEventQueueRefusesThe1025thEvent)
     Fw().ClearLogs();
     MDTLM_EVENT_MSG *extra = NewEvent(2, 3544, 0);
     EXPECT_EQ(MDTLM_VRALDCN_EVENT_Push(extra), 1u);
-    EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L("[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.")});
-    void *raw = extra;
-    MDTLM_VRALDCN_BufFree(&raw);
-
-    /* A producer releases its own event when the push fails. */
-    Fw().ClearLogs();
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_PushStatsEventToQue(5), 0u);
-    EXPECT_TRUE(Fw().HasShape(
-        L("[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: 5, ret: 1."), 2));
-    EXPECT_EQ(Fw().Outstanding(), 1024);
+    Free(extra);
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_PushStatsEventToQue(5), 0u); /* this producer frees its own event */
+    EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
+                                    "[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
+                                    "[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, "
+                                    "timerSecondCnt: 5, ret: 1."}));
+    EXPECT_EQ(Fw().Outstanding(), 1024); /* the teardown's unload releases the queued ones */
     EXPECT_EQ(MDTLM_HOST_QueueCount(g_mdtlmVralDcnTaskEventHdl), 1024);
-    /* The unload in the teardown releases the 1024 queued events. */
 }
 
-TEST_F(PluginTest, FlowControlCallbacksOnlyLog)
+TEST_F(LoopTest, FlowControlCallbacksOnlyLog)
 {
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
+    Bind();
     const struct {
         uint32_t (*fn)(uint32_t);
-        uint32_t event;
-        uint32_t result;
+        uint32_t event, result;
         const char *line;
     } cases[] = {
         {MDTLM_VRALDCN_EVENT_FlowCtrlProc, 0, 0, "[VRALDCN_EVENT_FlowCtrlProc] Flow ctrl start."},
@@ -136,9 +129,7 @@ TEST_F(PluginTest, FlowControlCallbacksOnlyLog)
         SCOPED_TRACE(c.line);
         Fw().ClearLogs();
         EXPECT_EQ(c.fn(c.event), c.result);
-        auto logs = Fw().Logs();
-        ASSERT_EQ(logs.size(), 1u);
-        EXPECT_EQ(logs[0].shape, L(c.line));
-        EXPECT_EQ(logs[0].level, 0u);
+        EXPECT_EQ(Fw().Shapes(), Lines({c.line}));
+        EXPECT_TRUE(Fw().HasShape(L(c.line), 0));
     }
 }

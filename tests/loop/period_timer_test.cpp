@@ -21,7 +21,7 @@ uint32_t RecordTick(void *payload, uint32_t payloadLen)
     return 0;
 }
 
-class TimerTest : public PluginTest {
+class LoopTimerTest : public PluginTest {
 protected:
     void SetUp() override
     {
@@ -38,12 +38,12 @@ protected:
 
 } // namespace
 
-TEST_F(TimerTest, CreatedOnceAndRetriedAfterFailure)
+TEST_F(LoopTimerTest, CreatedOnceAndRetriedAfterFailure)
 {
     MDTLM_HOST_FaultSet(MDTLM_HOST_OP_TIMER_CREATE, 0, 1, -3);
     EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 1u);
     EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
-    EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L("[VRALDCN_TIMER_Create] create timer failed, timerId: -3.")});
+    EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_TIMER_Create] create timer failed, timerId: -3."}));
 
     EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
     EXPECT_GT(g_mdtlmVralDcnTimerId, 0);
@@ -52,7 +52,7 @@ TEST_F(TimerTest, CreatedOnceAndRetriedAfterFailure)
     EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimerSecondCnt(), 0u); /* no tick yet */
 }
 
-TEST_F(TimerTest, TenTicksQueueTenEventsCarryingTheCounter)
+TEST_F(LoopTimerTest, TenTicksQueueTenEventsCarryingTheCounter)
 {
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
     Tick(10);
@@ -61,7 +61,7 @@ TEST_F(TimerTest, TenTicksQueueTenEventsCarryingTheCounter)
     EXPECT_EQ(Fw().Outstanding(), 0);
 }
 
-TEST_F(TimerTest, LostTicksLeaveGapsInTheCounter)
+TEST_F(LoopTimerTest, LostTicksLeaveGapsInTheCounter)
 {
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
     Tick(1);
@@ -72,17 +72,15 @@ TEST_F(TimerTest, LostTicksLeaveGapsInTheCounter)
     Tick(1);
     EXPECT_EQ(g_ticks, (std::vector<uint32_t>{1, 4}));
     EXPECT_EQ(Fw().Shapes(),
-              (std::vector<std::string>{
-                  L("[NTVVRALDCN_STATS_PushStatsEventToQu] Alloc memory failed, timerSecondCnt: 2."),
-                  L("[VRALDCN_STATS_TimerCallback] push stats event to queue failed, ret: 1."),
-                  L("[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0."),
-                  L("[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: 3, "
-                    "ret: 1."),
-              }));
+              Lines({"[NTVVRALDCN_STATS_PushStatsEventToQu] Alloc memory failed, timerSecondCnt: 2.",
+                     "[VRALDCN_STATS_TimerCallback] push stats event to queue failed, ret: 1.",
+                     "[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
+                     "[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: 3, "
+                     "ret: 1."}));
     EXPECT_EQ(Fw().Outstanding(), 0);
 }
 
-TEST_F(TimerTest, CounterWrapsToZero)
+TEST_F(LoopTimerTest, CounterWrapsToZero)
 {
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
     g_mdtlmVralTimerSecondCnt = 4294967295u;

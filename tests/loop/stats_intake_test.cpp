@@ -16,20 +16,20 @@
 
 namespace {
 
+using LoopTest = PluginTest;
+using Bytes = std::vector<uint8_t>;
+
 struct Entry {
-    uint32_t type;
-    uint32_t len;
+    uint32_t type, len;
     bool nullBody = false;
 };
 
-struct BatchCase {
+const struct {
     const char *name;
     std::vector<Entry> entries;
-    std::vector<size_t> kept; /* indexes of the entries expected on the queue, in order */
+    std::vector<size_t> kept; /* entries expected on the queue, in order */
     std::vector<std::string> lines;
-};
-
-const std::vector<BatchCase> kBatches = {
+} kBatches[] = {
     {"stops at a sensor without tasks", {{1, 264}, {2, 264}, {3, 112}}, {0}, {}},
     {"unknown sensor stops the batch", {{6, 56}, {9, 56}, {6, 56}}, {0}, {}},
     {"empty and missing bodies are skipped", {{1, 0}, {3, 112, true}, {6, 56}}, {2}, {}},
@@ -40,58 +40,55 @@ const std::vector<BatchCase> kBatches = {
       "[STATS_IPC_RecvMsgProc] Msg too short, msgType: 6, msgLen: 55."}},
 };
 
-std::vector<uint8_t> Body(size_t len, uint8_t seed)
+Bytes Body(size_t len, uint8_t seed)
 {
-    std::vector<uint8_t> body(len);
+    Bytes body(len);
     for (size_t i = 0; i < len; ++i) {
         body[i] = static_cast<uint8_t>(seed + i * 7);
     }
     return body;
 }
 
-/* Pops one message, checks it against the expected type and body, releases it. */
-void ExpectPopped(uint32_t type, const std::vector<uint8_t> &body)
+void ExpectPopped(uint32_t type, const Bytes &body)
 {
     MDTLM_STATS_MSG *msg = MDTLM_VRALDCN_STATS_QUE_Pop();
     ASSERT_NE(msg, nullptr);
     EXPECT_EQ(msg->msgType, type);
     ASSERT_EQ(msg->msgLen, body.size());
-    EXPECT_EQ(std::memcmp(msg->body, body.data(), body.size()), 0);
+    EXPECT_EQ(Bytes(msg->body, msg->body + msg->msgLen), body);
     void *raw = msg;
     MDTLM_VRALDCN_BufFree(&raw);
 }
 
 } // namespace
 
-TEST_F(PluginTest, IntakeBatches)
+TEST_F(LoopTest, IntakeBatches)
 {
     Start();
     ScopedTask flow(1), srvtlm(3), zelk(6);
     uint64_t shortMsgs = 0;
-    for (const BatchCase &c : kBatches) {
+    for (const auto &c : kBatches) {
         SCOPED_TRACE(c.name);
         Fw().ClearLogs();
-        std::vector<std::vector<uint8_t>> bodies;
+        std::vector<Bytes> bodies;
         std::vector<MDTLM_STATS_IPC_ENTRY> entries;
-        for (size_t i = 0; i < c.entries.size(); ++i) {
-            bodies.push_back(Body(c.entries[i].len, static_cast<uint8_t>(i * 40 + 1)));
+        for (const Entry &e : c.entries) {
+            bodies.push_back(Body(e.len, static_cast<uint8_t>(bodies.size() * 40 + 1)));
         }
         for (size_t i = 0; i < c.entries.size(); ++i) {
-            void *body = c.entries[i].nullBody ? nullptr : bodies[i].data();
-            entries.push_back({body, c.entries[i].type, c.entries[i].len});
+            entries.push_back({c.entries[i].nullBody ? nullptr : bodies[i].data(), c.entries[i].type,
+                               c.entries[i].len});
         }
         EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), entries.size()), 0u);
 
-        /* The queue holds copies: the channel's bodies may change afterwards. */
-        std::vector<std::vector<uint8_t>> originals = bodies;
-        for (auto &body : bodies) {
-            std::fill(body.begin(), body.end(), 0xEE);
+        std::vector<Bytes> originals = bodies;
+        for (Bytes &body : bodies) {
+            std::fill(body.begin(), body.end(), 0xEE); /* the channel reuses its buffers */
         }
         for (size_t k : c.kept) {
             ExpectPopped(c.entries[k].type, originals[k]);
         }
         EXPECT_EQ(MDTLM_VRALDCN_STATS_QUE_Pop(), nullptr);
-
         std::vector<std::string> expected;
         for (const std::string &line : c.lines) {
             expected.push_back(L(line));
@@ -99,102 +96,80 @@ TEST_F(PluginTest, IntakeBatches)
         EXPECT_EQ(Fw().Shapes(), expected);
         shortMsgs += c.lines.size();
         EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(), shortMsgs);
-        EXPECT_EQ(Fw().Outstanding(), 3); /* the three task nodes */
     }
-}
 
-TEST_F(PluginTest, EmptyBatchIsRefused)
-{
-    Start();
     MDTLM_STATS_IPC_ENTRY entry = {nullptr, 1, 0};
+    Fw().ClearLogs();
     EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, nullptr, 1), 1u);
     EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, &entry, 0), 1u);
-    EXPECT_EQ(Fw().CountShape(L("[STATS_IPC_RecvMsgProc] Revc msg is null."), 2), 2u);
+    EXPECT_EQ(Fw().Shapes(), Lines({"[STATS_IPC_RecvMsgProc] Revc msg is null.",
+                                    "[STATS_IPC_RecvMsgProc] Revc msg is null."}));
 }
 
-TEST_F(PluginTest, CopyFailuresDropTheMessage)
+TEST_F(LoopTest, UncopiedMessagesAreDropped)
 {
+    Bind();
+    Bytes body = Body(264, 3);
+    MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body.data(), 56);
+    EXPECT_EQ(Fw().Shapes(), Lines({"[NTVVRALDCN_STATS_QUE_Push] Handle is NULL.",
+                                    "[PushMsgToStatsQue] Push msg to task queue failed, 1."}));
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_QUE_Pop(), nullptr);
+
     Start();
-    std::vector<uint8_t> body = Body(264, 3);
     const struct {
-        const char *name;
         uint32_t len;
-        bool failCopy;
-        bool allocAttempted;
-    } cases[] = {
-        {"length beyond 32-bit buffer size", 4294967288u, false, false},
-        {"largest length, allocation fails", 4294967287u, false, true},
-        {"copy fails", 264, true, true},
-    };
+        bool failCopy, allocAttempted;
+    } cases[] = {{4294967288u, false, false}, {4294967287u, false, true}, {264, true, true}};
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(c.len);
         Fw().ClearLogs();
         if (c.failCopy) {
             MDTLM_HOST_FaultSet(MDTLM_HOST_OP_MEMCPY_S, 0, 1, 22);
         } else {
-            Fw().FailAlloc(1); /* consumed only if the plug-in asks for a buffer */
+            Fw().FailAlloc(1); /* used up only if the plug-in asks for a buffer */
         }
         MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(1, body.data(), c.len);
-        EXPECT_EQ(Fw().Shapes(), std::vector<std::string>{L("[PushMsgToStatsQue] Buff alloc failed buff is NULL, "
-                                                              "msgLen: " + std::to_string(c.len) + ",")});
-        if (!c.failCopy) {
-            void *probe = MDTLM_VRALDCN_BufAlloc(8);
-            EXPECT_EQ(probe != nullptr, c.allocAttempted);
-            MDTLM_VRALDCN_BufFree(&probe);
-            Fw().FailAlloc(0, 0);
-        }
+        EXPECT_EQ(Fw().Shapes(),
+                  Lines({"[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: " + std::to_string(c.len) + ","}));
+        void *probe = MDTLM_VRALDCN_BufAlloc(8);
+        EXPECT_EQ(probe != nullptr, c.allocAttempted);
+        Free(probe);
+        Fw().FailAlloc(0, 0);
         EXPECT_EQ(MDTLM_HOST_QueueCount(g_mdtlmNtvVralDcnStatsQueHdl), 0);
         EXPECT_EQ(Fw().Outstanding(), 0);
     }
 }
 
-TEST_F(PluginTest, PushWithoutStatisticsQueue)
-{
-    ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
-    std::vector<uint8_t> body = Body(56, 1);
-    MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body.data(), 56);
-    EXPECT_EQ(Fw().Shapes(), (std::vector<std::string>{L("[NTVVRALDCN_STATS_QUE_Push] Handle is NULL."),
-                                                       L("[PushMsgToStatsQue] Push msg to task queue failed, 1.")}));
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_QUE_Pop(), nullptr);
-    EXPECT_EQ(Fw().Outstanding(), 0);
-}
-
-TEST_F(PluginTest, FullStatisticsQueueDropsTheNextMessage)
+TEST_F(LoopTest, FullStatisticsQueueDropsTheNextMessage)
 {
     Start();
-    std::vector<uint8_t> body = Body(56, 9);
+    Bytes body = Body(56, 9);
     for (uint32_t i = 0; i < 196608; ++i) {
         MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body.data(), 56);
     }
     ASSERT_EQ(MDTLM_HOST_QueueCount(g_mdtlmNtvVralDcnStatsQueHdl), 196608);
     Fw().ClearLogs();
     MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body.data(), 56);
-    EXPECT_EQ(Fw().Shapes(),
-              (std::vector<std::string>{L("[NTVVRALDCN_STATS_QUE_Push] Write queue fail. eleCnt: 0."),
-                                        L("[PushMsgToStatsQue] Push msg to task queue failed, 1.")}));
-    EXPECT_EQ(Fw().Outstanding(), 196608);
-    ExpectPopped(6, body); /* oldest first; the unload releases the rest */
+    EXPECT_EQ(Fw().Shapes(), Lines({"[NTVVRALDCN_STATS_QUE_Push] Write queue fail. eleCnt: 0.",
+                                    "[PushMsgToStatsQue] Push msg to task queue failed, 1."}));
+    EXPECT_EQ(Fw().Outstanding(), 196608); /* the teardown's unload releases them */
+    ExpectPopped(6, body);
 }
 
-TEST_F(PluginTest, DatagramReachesTheStatisticsQueue)
+TEST_F(LoopTest, DatagramReachesTheStatisticsQueue)
 {
     Start();
     ScopedTask zelk(6);
     uint16_t port = MDTLM_HOST_ChanLocalPort(nullptr);
     ASSERT_NE(port, 0);
 
-    /* Two messages in one datagram: a whole record, then a short one. */
-    std::vector<uint8_t> body = Body(56, 5);
-    std::vector<uint8_t> datagram;
-    auto append = [&datagram](uint32_t type, const std::vector<uint8_t> &b) {
-        uint32_t header[2] = {type, static_cast<uint32_t>(b.size())};
-        const auto *h = reinterpret_cast<const uint8_t *>(header);
-        datagram.insert(datagram.end(), h, h + sizeof(header));
+    /* One datagram, two messages: a whole record, then a short one. */
+    Bytes body = Body(56, 5), datagram;
+    for (const Bytes &b : {body, Body(10, 1)}) {
+        uint32_t header[2] = {6, static_cast<uint32_t>(b.size())};
+        datagram.insert(datagram.end(), reinterpret_cast<uint8_t *>(header), reinterpret_cast<uint8_t *>(header + 2));
         datagram.insert(datagram.end(), b.begin(), b.end());
-    };
-    append(6, body);
-    append(6, Body(10, 1));
-
+    }
     int sock = socket(AF_INET, SOCK_DGRAM, 0);
     ASSERT_GE(sock, 0);
     sockaddr_in to{};

@@ -10,6 +10,8 @@
 
 namespace {
 
+using LoopTest = PluginTest;
+
 struct PlatformCalls {
     uint64_t queueDestroys, chanDestroys, epollDestroys, timerDestroys;
     bool operator==(const PlatformCalls &) const = default;
@@ -32,7 +34,7 @@ void ExpectNothingLeft()
 
 } // namespace
 
-TEST_F(PluginTest, UnloadEndsTheWorkerThread)
+TEST_F(LoopTest, UnloadEndsTheWorkerThread)
 {
     MDTLM_HOST_SetManualTasks(0);
     ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
@@ -44,7 +46,7 @@ TEST_F(PluginTest, UnloadEndsTheWorkerThread)
     ExpectNothingLeft();
 }
 
-TEST_F(PluginTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
+TEST_F(LoopTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
 {
     Start();
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
@@ -67,7 +69,7 @@ TEST_F(PluginTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
     EXPECT_EQ(CallsSinceReset(), (PlatformCalls{0, 0, 0, 0}));
 }
 
-TEST_F(PluginTest, DestoryLeavesEventQueueAndTimerForTheUnload)
+TEST_F(LoopTest, DestoryLeavesEventQueueAndTimerForTheUnload)
 {
     Start();
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
@@ -84,7 +86,7 @@ TEST_F(PluginTest, DestoryLeavesEventQueueAndTimerForTheUnload)
     ExpectNothingLeft();
 }
 
-TEST_F(PluginTest, UnloadAfterFailedStartup)
+TEST_F(LoopTest, UnloadAfterFailedStartup)
 {
     MDTLM_HOST_FaultSet(MDTLM_HOST_OP_CHAN_SERVER, 0, 1, 4);
     ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);

@@ -95,8 +95,9 @@ TEST_F(FlowHopEncode, DelaysAreScaledOnlyInTheEncodings)
 
     MDTLM_FLOWHOP_STATS_REC wide = rec;
     wide.totalDelay = (1ull << 60) + 1; /* 64-bit shift: the top bits go, the rest stays */
-    const auto *g2 = SampleRecords(*DecodeSample(kProto, kSample, Gpb(wide), &error)).at(0);
-    EXPECT_EQ(U(*g2, "total_delay"), ((1ull << 60) + 1) << 8);
+    auto sample2 = DecodeSample(kProto, kSample, Gpb(wide), &error);
+    ASSERT_TRUE(sample2) << error;
+    EXPECT_EQ(U(*SampleRecords(*sample2).at(0), "total_delay"), ((1ull << 60) + 1) << 8);
 }
 
 TEST_F(FlowHopEncode, BodyFollowsTheFieldTable)

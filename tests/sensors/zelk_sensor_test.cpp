@@ -105,7 +105,7 @@ TEST_F(ZelkSensorTest, ValuesWithoutTextAreStoredByGpbAndDroppedByJson)
     }
     EXPECT_EQ(jsonTask->jsonBuffer->itemCnt, 0u);
     EXPECT_EQ(jsonTask->jsonBuffer->dataLen, 0u);
-    Tick();
+    MDTLM_VRALDCN_STATS_UploadRest();
     GpbRecords gpb = GpbOf(1, kProto, kSample);
     ASSERT_EQ(gpb.records.size(), std::size(bad));
     for (size_t i = 0; i < std::size(bad); ++i) {
@@ -150,6 +150,7 @@ TEST_F(ZelkSensorTest, JsonObjectIsTheTemplateFilledIn)
 
 TEST_F(ZelkSensorTest, MissingRecordOrOutputIsLogged)
 {
+    fw.ClearLogs();
     uint8_t out[700];
     EXPECT_EQ(MDTLM_ZELK_GPB_EncodeMsg(nullptr, out, sizeof(out)), MDTLM_ENCODE_FAIL);
     EXPECT_EQ(MDTLM_ZELK_GPB_EncodeMsg(&kCases[0].rec, nullptr, 100), MDTLM_ENCODE_NO_SPACE);

@@ -1,307 +1,174 @@
 /*
- * Task registry: the entry points, the add and delete handlers and the
- * lookups, driven through the real event queue and worker loop.
+ * Task registry through the entry points, the event queue and the worker.
  */
+#include <algorithm>
 #include <cstring>
 
-#include "mdtlm_host.h"
-#include "mdtlm_vraldcn.h"
 #include "task_world.h"
 
 namespace {
 
-using Pairs = std::vector<std::pair<uint32_t, uint32_t>>;
-
-const std::string kAddOk = "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] success.";
-
-std::string Fmt(const char *format, uint32_t a)
-{
-    char text[256];
-    std::snprintf(text, sizeof(text), format, a);
-    return text;
-}
-
 class Registry : public TaskWorld {};
 
-TEST_F(Registry, EveryEntryReachesItsOwnSensorList)
+TEST_F(Registry, IdentityReplaceAndOrder)
 {
-    struct Entry {
-        MDTLM_ADD_TASK_FUNC add;
-        MDTLM_DEL_TASK_FUNC del;
-        uint32_t sensorType;
-    };
-    const Entry entries[] = {
-        {MDTLM_VRALDCN_FLOW_AddTlmTask, MDTLM_VRALDCN_FLOW_DelTlmTask, 1},
-        {MDTLM_VRALDCN_FLOWHOP_AddTlmTask, MDTLM_VRALDCN_FLOWHOP_DelTlmTask, 2},
-        {FWM_SRVTLM_FLOW_AddTlmTask, FWM_SRVTLM_FLOW_DelTlmTask, 3},
-        {FWM_QUMA_FLOW_AddTlmTask, FWM_QUMA_FLOW_DelTlmTask, 4},
-        {FWM_SRVTLM_FCTFLOW_AddTlmTask, FWM_SRVTLM_FCTFLOW_DelTlmTask, 5},
-        {FWM_ZELK_FLOW_AddTlmTask, FWM_ZELK_FLOW_DelTlmTask, 6},
-    };
-    for (const Entry &e : entries) {
-        SCOPED_TRACE(e.sensorType);
-        MDTLM_SENSOR_PATH_INFO info = PathInfo(1, 5000);
-        ASSERT_EQ(e.add(40 + e.sensorType, 100 + e.sensorType, &info), 0u);
-        std::memset(&info, 0xEE, sizeof(info)); /* the entry copied it before returning */
-        Pump();
-        for (uint32_t s = 1; s <= 6; ++s) {
-            EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(s), s == e.sensorType ? 1u : 0u);
-        }
-        MDTLM_TASK_DATA *task = Task(e.sensorType, 40 + e.sensorType, 100 + e.sensorType);
-        ASSERT_NE(task, nullptr);
-        EXPECT_EQ(task->sensorType, e.sensorType);
-        EXPECT_EQ(task->pathInfo.encodeType, 1u);
-        EXPECT_EQ(task->pathInfo.sampleInterval, 5000u);
-        EXPECT_EQ(task->unicastSeqNum, 0u);
-        EXPECT_EQ(task->multicastSeqNum, 0u);
-        EXPECT_EQ(task->stats.recvMsgCnt, 0u);
-        ASSERT_NE(task->gpbBuffer, nullptr);
-        ASSERT_NE(task->jsonBuffer, nullptr);
-        EXPECT_EQ(task->gpbBuffer->dataLen, 0u);
-        EXPECT_EQ(task->jsonBuffer->itemCnt, 0u);
-
-        ASSERT_EQ(e.del(40 + e.sensorType, 100 + e.sensorType), 0u);
-        Pump();
-        EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(e.sensorType), 0u);
+    for (uint32_t s = 1; s <= 6; ++s) { /* every entry reaches its own list */
+        ASSERT_EQ(Add(s, 40, 100 + s, 1, 5000), 0u);
+        EXPECT_EQ(Walk(s), (Pairs{{40, 100 + s}}));
+        EXPECT_EQ(Task(s, 40, 100 + s)->sensorType, s);
+        ASSERT_EQ(Del(s, 40, 100 + s), 0u);
     }
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_AdddTlmTask] Add telemetry task[101] success.", 1), 1u);
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_TASK_DelTlmTaskFromList] Delete telemetry task[106] success.", 1), 1u);
-}
+    EXPECT_EQ(Logs()[1], "1 [NTVVRALDCN_AdddTlmTask] Add telemetry task[101] success.");
+    EXPECT_EQ(Logs()[2], "1 [NTVVRALDCN_TASK_DelTlmTaskFromList] Delete telemetry task[101] success.");
 
-TEST_F(Registry, SamePairReplacesPathInfoOnlyAndNewestIsFirst)
-{
     ASSERT_EQ(Add(1, 7, 3, 0, 1000), 0u);
     MDTLM_TASK_DATA *task = Task(1, 7, 3);
-    ASSERT_NE(task, nullptr);
     MDTLM_SAMPLE_BUFFER *gpb = task->gpbBuffer;
     task->unicastSeqNum = 11;
     task->stats.recvMsgCnt = 5;
     fw().ClearLogs();
-    const uint64_t creates = MDTLM_HOST_CallCount(MDTLM_HOST_OP_DB_CREATE);
-
-    ASSERT_EQ(Add(1, 7, 3, 1, 30000), 0u); /* same pair: replace */
-    EXPECT_EQ(Walk(1), (Pairs{{7, 3}}));
+    ASSERT_EQ(Add(1, 7, 3, 1, 30000), 0u); /* same pair: only the path info changes */
     EXPECT_EQ(Task(1, 7, 3), task);
     EXPECT_EQ(task->pathInfo.encodeType, 1u);
     EXPECT_EQ(task->pathInfo.sampleInterval, 30000u);
     EXPECT_EQ(task->gpbBuffer, gpb);
     EXPECT_EQ(task->unicastSeqNum, 11u);
     EXPECT_EQ(task->stats.recvMsgCnt, 5u);
-    EXPECT_TRUE(fw().Logs().empty());
-    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_DB_CREATE), creates);
+    EXPECT_EQ(Logs(), Lines{});
 
     ASSERT_EQ(Add(1, 8, 3), 0u); /* same task id, other instance: a second task */
     ASSERT_EQ(Add(1, 7, 4), 0u);
-    EXPECT_EQ(Walk(1), (Pairs{{7, 4}, {8, 3}, {7, 3}}));
-    EXPECT_EQ(CountLogs(Fmt(kAddOk.c_str(), 3), 1), 1u);
-    EXPECT_EQ(CountLogs(Fmt(kAddOk.c_str(), 4), 1), 1u);
-
     ASSERT_EQ(Add(4, 1, 1), 0u);
-    ASSERT_EQ(Add(2, 1, 1), 0u);
+    EXPECT_EQ(Walk(1), (Pairs{{7, 4}, {8, 3}, {7, 3}})); /* newest first */
     EXPECT_EQ(Walk(4), (Pairs{{1, 1}}));
-    EXPECT_EQ(Walk(2), (Pairs{{1, 1}}));
     EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(3), 0u);
-    EXPECT_EQ(Task(3, 1, 1), nullptr);
-    EXPECT_EQ(Task(1, 9, 9), nullptr);
+    EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(4), 1u);
     EXPECT_EQ(MDTLM_VRALDCN_TASK_GetTaskHead(7), nullptr);
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_GetTaskHead(4), &g_qumaTaskListHead);
+
+    fw().ClearLogs();
+    EXPECT_EQ(Del(1, 9, 9), 0u); /* not there: silent */
+    EXPECT_EQ(Del(5, 1, 1), 0u);
+    EXPECT_EQ(Task(5, 1, 1), nullptr);
+    EXPECT_EQ(Logs(), (Lines{"0 [NTVVRALDCN_TASK_DelTlmTaskFromList] Telemetry task list is empty.",
+                             "0 [NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty."}));
+    const int64_t live = fw().Outstanding();
+    ASSERT_EQ(Del(1, 8, 3), 0u);
+    EXPECT_EQ(fw().Outstanding(), live - 3); /* node and its two buffers */
+    EXPECT_EQ(Walk(1), (Pairs{{7, 4}, {7, 3}}));
+
+    MDTLM_SENSOR_PATH_INFO info{};
+    ASSERT_EQ(FWM_ZELK_FLOW_AddTlmTask(2, 2, &info), 0u); /* queued together: add, then delete */
+    ASSERT_EQ(FWM_ZELK_FLOW_DelTlmTask(2, 2), 0u);
+    Pump();
+    EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(6), 0u);
 }
 
 TEST_F(Registry, EncodeTypeOfASensor)
 {
-    struct Case {
-        uint32_t sensorType;
-        std::vector<uint32_t> encodeTypes;
-        uint32_t expected;
-    };
-    const Case cases[] = {
-        {1, {}, 0}, {2, {1, 1}, 1}, {3, {0, 5}, 0}, {4, {1, 0}, 2}, {5, {3, 1, 1}, 2}, {6, {0}, 0},
-    };
-    uint32_t taskId = 1;
-    for (const Case &c : cases) {
-        for (uint32_t encodeType : c.encodeTypes) {
-            ASSERT_EQ(Add(c.sensorType, 1, taskId++, encodeType), 0u);
+    const std::vector<std::vector<uint32_t>> tasks = {{}, {1, 1}, {0, 5}, {1, 0}, {3, 1, 1}, {0}};
+    const uint32_t expected[] = {0, 1, 0, 2, 2, 0};
+    uint32_t id = 1;
+    for (uint32_t s = 1; s <= 6; ++s) {
+        for (uint32_t encode : tasks[s - 1]) {
+            ASSERT_EQ(Add(s, 1, id++, encode), 0u);
         }
     }
-    for (const Case &c : cases) {
-        EXPECT_EQ(MDTLM_VRALDCN_TASK_GetEncodeType(c.sensorType), c.expected) << "sensor " << c.sensorType;
+    for (uint32_t s = 0; s <= 7; ++s) {
+        EXPECT_EQ(MDTLM_VRALDCN_TASK_GetEncodeType(s), (s >= 1 && s <= 6) ? expected[s - 1] : 0u) << s;
     }
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_GetEncodeType(0), 0u);
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_GetEncodeType(7), 0u);
-    EXPECT_STREQ(MDTLM_VRALDCN_TASK_GetJsonHeader(4), "{\"result-statistic\":{\"result-statistic\":[");
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_GetJsonHeader(0), nullptr);
 }
 
-TEST_F(Registry, RefusedAddKeepsSlotsAndTimerThatItCreated)
+TEST_F(Registry, RefusedAddsLeaveTheListAsItWas)
 {
-    ASSERT_EQ(g_mdtlmNtvVralDcnReportPerf, nullptr);
-    ASSERT_EQ(g_mdtlmVralDcnTimerId, -1);
     MDTLM_TASK_DATA payload{};
     payload.sensorType = 1;
     EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(&payload, sizeof(payload) - 1), 1u);
-    EXPECT_EQ(fw().Shapes(),
-              std::vector<std::string>{LogShape("[NTVVRALDCN_TASK_AddTlmTaskToList] Msg is NULL, msgLen: 3543")});
-    EXPECT_NE(g_mdtlmNtvVralDcnReportPerf, nullptr);
+    EXPECT_EQ(Logs(), Lines{"2 [NTVVRALDCN_TASK_AddTlmTaskToList] Msg is NULL, msgLen: 3543"});
+    EXPECT_NE(g_mdtlmNtvVralDcnReportPerf, nullptr); /* created before the payload was checked */
     EXPECT_GE(g_mdtlmVralDcnTimerId, 0);
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(nullptr, sizeof(payload)), 1u);
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_TASK_AddTlmTaskToList] Msg is NULL, msgLen: 3544", 2), 1u);
-
-    /* Unknown sensor: refused without a line, nothing allocated. */
-    fw().ClearLogs();
-    const int64_t live = fw().Outstanding();
     payload.sensorType = 9;
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(&payload, sizeof(payload)), 1u);
-    EXPECT_TRUE(fw().Logs().empty());
-    EXPECT_EQ(fw().Outstanding(), live);
-}
-
-TEST_F(Registry, FailedStartOfAddLeavesNoSlotsBehind)
-{
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_TIMER_CREATE, 0, 1, -5);
-    MDTLM_TASK_DATA payload{};
-    payload.sensorType = 1;
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(&payload, sizeof(payload)), 1u);
-    EXPECT_EQ(g_mdtlmNtvVralDcnReportPerf, nullptr);
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(1), 0u);
-
-    fw().FailAllocOfSize(MDTLM_REPORT_PERF_SLOTS * sizeof(MDTLM_REPORT_PERF_SLOT), 1);
     fw().ClearLogs();
     EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(&payload, sizeof(payload)), 1u);
-    EXPECT_TRUE(fw().Logs().empty());
-    EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
+    EXPECT_EQ(MDTLM_VRALDCN_TASK_DelTlmTaskFromList(&payload, sizeof(payload)), 1u);
+    EXPECT_EQ(Logs(), Lines{});
 
-    EXPECT_EQ(Add(1, 1, 1), 0u); /* the next add tries again */
-    EXPECT_NE(g_mdtlmNtvVralDcnReportPerf, nullptr);
-    EXPECT_GE(g_mdtlmVralDcnTimerId, 0);
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(1), 1u);
-}
-
-TEST_F(Registry, AllocationFailuresLeaveTheListAsItWas)
-{
     ASSERT_EQ(Add(3, 1, 1), 0u);
     struct Case {
-        uint32_t size;
-        uint32_t k; /* k-th allocation of that size fails */
-        const char *line;
+        uint32_t size, k; /* the k-th allocation of this size fails */
+        Lines lines;
     };
     const Case cases[] = {
-        {sizeof(MDTLM_TASK_NODE), 1,
-         "[NTVVRALDCN_AdddTlmTask] Add telemetry task[2] failed, alloc memery falied."},
-        {sizeof(MDTLM_SAMPLE_BUFFER), 1, nullptr}, /* GPB buffer */
-        {sizeof(MDTLM_SAMPLE_BUFFER), 2, nullptr}, /* JSON buffer: GPB given back */
+        {sizeof(MDTLM_TASK_NODE), 1, {"2 [NTVVRALDCN_AdddTlmTask] Add telemetry task[2] failed, alloc memery falied."}},
+        {sizeof(MDTLM_SAMPLE_BUFFER), 1, {}}, /* GPB buffer */
+        {sizeof(MDTLM_SAMPLE_BUFFER), 2, {}}, /* JSON buffer: the GPB one is given back */
     };
     for (const Case &c : cases) {
         fw().ClearLogs();
         const int64_t live = fw().Outstanding();
         fw().FailAllocOfSize(c.size, c.k);
-        EXPECT_EQ(Add(3, 1, 2), 0u); /* the entry accepted; the handler failed */
+        EXPECT_EQ(Add(3, 1, 2), 0u); /* the entry accepted it; the handler failed */
         EXPECT_EQ(Walk(3), (Pairs{{1, 1}}));
         EXPECT_EQ(fw().Outstanding(), live);
-        std::vector<std::string> expected;
-        if (c.line != nullptr) {
-            expected.push_back(LogShape(c.line));
-        }
-        expected.push_back(LogShape("[VRALDCN_EVENT_Pop] Msg proc failed, ret: 1, msgType: 1."));
-        EXPECT_EQ(fw().Shapes(), expected);
+        Lines expected = c.lines;
+        expected.push_back("2 [VRALDCN_EVENT_Pop] Msg proc failed, ret: 1, msgType: 1.");
+        EXPECT_EQ(Logs(), expected);
     }
+
+    /* No timer: the slots made for this add go again; the next add retries. */
+    MDTLM_VRALDCN_STATS_DestroyTimer();
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_TIMER_CREATE, 0, 1, -5);
+    payload.sensorType = 2;
+    EXPECT_EQ(MDTLM_VRALDCN_TASK_AddTlmTaskToList(&payload, sizeof(payload)), 1u);
+    EXPECT_EQ(g_mdtlmNtvVralDcnReportPerf, nullptr);
+    ASSERT_EQ(Add(2, 1, 1), 0u);
+    EXPECT_NE(g_mdtlmNtvVralDcnReportPerf, nullptr);
+    EXPECT_EQ(Walk(2), (Pairs{{1, 1}}));
 }
 
 TEST_F(Registry, EntryPointFailures)
 {
+    MDTLM_SENSOR_PATH_INFO info{};
     fw().FailAllocOfSize(sizeof(MDTLM_EVENT_MSG) + sizeof(MDTLM_TASK_DATA), 1, 2);
-    MDTLM_SENSOR_PATH_INFO info = PathInfo(0);
     EXPECT_EQ(FWM_QUMA_FLOW_AddTlmTask(1, 21, &info), 1u);
     EXPECT_EQ(FWM_QUMA_FLOW_DelTlmTask(1, 21), 1u);
-    EXPECT_EQ(fw().Shapes(), (std::vector<std::string>{
-                                 LogShape("[NTVVRALDCN_AddTlmTask] Alloc memory failed.., taskId: 21."),
-                                 LogShape("[NTVVRALDCN_DelTlmTask] Alloc memory failed.."),
-                             }));
-
-    /* A full event queue: the request is dropped, the caller still gets 0. */
-    fw().ClearLogs();
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_WRITE, 0, 2, 0);
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_WRITE, 0, 2, 0); /* full event queue */
     EXPECT_EQ(FWM_QUMA_FLOW_AddTlmTask(1, 22, &info), 0u);
     EXPECT_EQ(FWM_QUMA_FLOW_DelTlmTask(1, 22), 0u);
+    EXPECT_EQ(FWM_QUMA_FLOW_AddTlmTask(1, 23, nullptr), 1u);
     Pump();
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: 1, taskId: 22.", 2), 1u);
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: 1.", 2), 1u);
+    EXPECT_EQ(Logs(), (Lines{"2 [NTVVRALDCN_AddTlmTask] Alloc memory failed.., taskId: 21.",
+                             "2 [NTVVRALDCN_DelTlmTask] Alloc memory failed..",
+                             "2 [VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
+                             "2 [NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: 1, taskId: 22.",
+                             "2 [VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
+                             "2 [NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: 1."}));
     EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(4), 0u);
     EXPECT_EQ(fw().Outstanding(), 0);
-    EXPECT_EQ(FWM_QUMA_FLOW_AddTlmTask(1, 23, nullptr), 1u);
 }
 
-TEST_F(Registry, DeleteRules)
+TEST_F(Registry, OversizedPathInfoIsAcceptedAndNoted)
 {
-    fw().ClearLogs();
-    EXPECT_EQ(Del(5, 1, 1), 0u); /* empty list */
-    EXPECT_EQ(fw().Shapes(), std::vector<std::string>{
-                                 LogShape("[NTVVRALDCN_TASK_DelTlmTaskFromList] Telemetry task list is empty.")});
-    EXPECT_EQ(fw().Logs()[0].level, 0u);
-
-    ASSERT_EQ(Add(5, 1, 1), 0u);
-    ASSERT_EQ(Add(5, 1, 2), 0u);
-    fw().ClearLogs();
-    EXPECT_EQ(Del(5, 2, 1), 0u); /* no such pair: silent */
-    EXPECT_EQ(Del(5, 1, 3), 0u);
-    EXPECT_TRUE(fw().Logs().empty());
-    EXPECT_EQ(Walk(5), (Pairs{{1, 2}, {1, 1}}));
-
-    MDTLM_TASK_DATA payload{};
-    payload.sensorType = 0;
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_DelTlmTaskFromList(&payload, sizeof(payload)), 1u);
-    EXPECT_TRUE(fw().Logs().empty());
-    EXPECT_EQ(MDTLM_VRALDCN_TASK_DelTlmTaskFromList(&payload, 8), 1u);
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_TASK_DelTlmTaskFromList] Msg is NULL, msgLen: 8", 2), 1u);
-
-    /* An add and a delete of one pair queued together leave no task. */
-    MDTLM_SENSOR_PATH_INFO info = PathInfo(0);
-    ASSERT_EQ(FWM_SRVTLM_FCTFLOW_AddTlmTask(3, 3, &info), 0u);
-    ASSERT_EQ(FWM_SRVTLM_FCTFLOW_DelTlmTask(3, 3), 0u);
-    Pump();
-    EXPECT_EQ(Walk(5), (Pairs{{1, 2}, {1, 1}}));
-    const int64_t live = fw().Outstanding();
-    EXPECT_EQ(Del(5, 1, 2), 0u);
-    EXPECT_EQ(fw().Outstanding(), live - 3); /* node and its two buffers */
-    EXPECT_EQ(Walk(5), (Pairs{{1, 1}}));
-}
-
-TEST_F(Registry, EmptyListNoticeWhenTheFirstTaskArrives)
-{
-    ASSERT_EQ(Add(6, 1, 1), 0u);
-    EXPECT_EQ(fw().Shapes(), (std::vector<std::string>{
-                                 LogShape("[NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty."),
-                                 LogShape(Fmt(kAddOk.c_str(), 1)),
-                             }));
-    fw().ClearLogs();
-    EXPECT_EQ(Task(6, 2, 2), nullptr); /* non-empty list: no notice */
-    EXPECT_EQ(Task(5, 2, 2), nullptr);
-    EXPECT_EQ(fw().Shapes(), std::vector<std::string>{
-                                 LogShape("[NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty.")});
-}
-
-TEST_F(Registry, OversizedPathInfoIsAcceptedAndNotedOnce)
-{
-    const std::string clamped =
-        "[NTVVRALDCN_TASK_AddTlmTaskToList] Path info clamped, taskId: %u, conditionCnt: %u, filterCnt: %u.";
     struct Case {
-        uint32_t taskId, conditionCnt, filterCnt;
+        uint32_t conditionCnt, filterCnt;
         bool noted;
     };
-    const Case cases[] = {{1, 32, 2, false}, {2, 33, 0, true}, {3, 0, 3, true}, {4, 1000, 7, true}};
+    const Case cases[] = {{32, 2, false}, {33, 0, true}, {0, 3, true}, {1000, 7, true}};
+    uint32_t taskId = 0;
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.taskId);
         fw().ClearLogs();
-        MDTLM_SENSOR_PATH_INFO info = PathInfo(0);
+        MDTLM_SENSOR_PATH_INFO info{};
         info.conditionCnt = c.conditionCnt;
         info.filterCnt = c.filterCnt;
-        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, c.taskId, &info), 0u);
-        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, c.taskId, &info), 0u); /* replace */
+        ++taskId;
+        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, taskId, &info), 0u);
+        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, taskId, &info), 0u); /* created, then replaced */
         Pump();
-        char line[256];
-        std::snprintf(line, sizeof(line), clamped.c_str(), c.taskId, c.conditionCnt, c.filterCnt);
-        EXPECT_EQ(CountLogs(line, 2), c.noted ? 2u : 0u);
-        ASSERT_NE(Task(1, 1, c.taskId), nullptr);
-        EXPECT_EQ(Task(1, 1, c.taskId)->pathInfo.conditionCnt, c.conditionCnt);
+        const std::string clamped = "2 [NTVVRALDCN_TASK_AddTlmTaskToList] Path info clamped, taskId: " +
+                                    std::to_string(taskId) + ", conditionCnt: " + std::to_string(c.conditionCnt) +
+                                    ", filterCnt: " + std::to_string(c.filterCnt) + ".";
+        const Lines logs = Logs();
+        EXPECT_EQ(std::count(logs.begin(), logs.end(), clamped), c.noted ? 2 : 0) << taskId;
+        EXPECT_EQ(Task(1, 1, taskId)->pathInfo.conditionCnt, c.conditionCnt);
     }
 }
 

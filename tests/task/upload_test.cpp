@@ -1,256 +1,190 @@
 /*
- * Sample upload: the period tick's drain and upload, JSON framing, report-end
- * flags, the upload counters and the failure lines.
+ * The period tick: buffer re-initialisation, the drain limit, JSON framing,
+ * report-end flags, upload accounting and the failure lines.
  */
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
-#include "mdtlm_host.h"
-#include "mdtlm_vraldcn.h"
 #include "task_world.h"
 
 namespace {
 
-class Upload : public TaskWorld {
-protected:
-    MDTLM_SAMPLE_BUFFER *NewBuffer(uint32_t dataLen, uint8_t fill = 'x')
-    {
-        auto *b = static_cast<MDTLM_SAMPLE_BUFFER *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_SAMPLE_BUFFER)));
-        std::memset(b, 0, sizeof(*b));
-        std::memset(b->data, fill, sizeof(b->data));
-        b->dataLen = dataLen;
-        b->itemCnt = 1;
-        return b;
-    }
-    void FreeBuffer(MDTLM_SAMPLE_BUFFER *b) { MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&b)); }
-    std::vector<uint32_t> ItemCounts()
-    {
-        std::vector<uint32_t> out;
-        for (const CapturedSample &s : fw().Samples()) {
-            out.push_back(s.header.itemCnt);
+class Upload : public TaskWorld {};
+
+TEST_F(Upload, TickReinitialisesEveryBufferAndKeepsTheirAddresses)
+{
+    ASSERT_EQ(Add(2, 1, 1, 1), 0u);
+    ASSERT_EQ(Add(4, 1, 1, 0), 0u);
+    ASSERT_EQ(Add(4, 1, 2, 1), 0u);
+    MDTLM_TASK_DATA *task = Task(4, 1, 2);
+    MDTLM_SAMPLE_BUFFER *const gpb = task->gpbBuffer;
+    std::memset(gpb->reserved1, 0x5A, sizeof(gpb->reserved1));
+    const uint64_t before = static_cast<uint64_t>(std::time(nullptr)) * 1000;
+    Tick();
+    const uint32_t codeTypes[] = {0, 1, 0, 2, 0, 0};
+    for (uint32_t s = 1; s <= 6; ++s) {
+        MDTLM_STATS_MAP_ENTRY *row = MDTLM_VRALDCN_STATS_GetStatsMap(s);
+        ASSERT_EQ(row, &g_femMdtlmStatsMap[s - 1]);
+        EXPECT_EQ(row->encodeType, codeTypes[s - 1]);
+        for (MDTLM_SAMPLE_BUFFER *b : {row->sampleData->gpbBuffer, row->sampleData->jsonBuffer, gpb}) {
+            MDTLM_SAMPLE_BUFFER zero{};
+            zero.collectTimestamp = b->collectTimestamp;
+            EXPECT_EQ(std::memcmp(&zero, b, sizeof(zero)), 0) << s; /* zeroed and stamped */
+            EXPECT_GE(b->collectTimestamp, before);
         }
-        return out;
+        EXPECT_EQ(row->sampleData->gpbBuffer->collectTimestamp, row->sampleData->jsonBuffer->collectTimestamp);
     }
-};
+    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetStatsMap(0), nullptr);
+    const uint64_t allocations = fw().Allocations();
+    Tick();
+    EXPECT_EQ(task->gpbBuffer, gpb);
+    EXPECT_EQ(fw().Allocations(), allocations + 1); /* only the tick event */
+}
+
+TEST_F(Upload, FailedTaskBufferDropsBothAndEndsTheWalk)
+{
+    ASSERT_EQ(Add(3, 1, 1), 0u); /* A */
+    ASSERT_EQ(Add(3, 1, 2), 0u); /* B, visited first */
+    Tick(); /* the sensors' buffers exist from here on */
+    MDTLM_TASK_DATA *a = Task(3, 1, 1);
+    MDTLM_TASK_DATA *b = Task(3, 1, 2);
+    MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&b->jsonBuffer));
+    a->gpbBuffer->reserved1[0] = 0x5A;
+    fw().ClearLogs();
+    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
+    Queue(3, "rec");
+    Tick();
+    EXPECT_EQ(Logs(), (Lines{"2 [InitTaskSampleBuffer] Alloc buff failed, msgId: 3, codeType: 1",
+                             "2 [InitTaskStats] Alloc buff failed"}));
+    EXPECT_EQ(b->gpbBuffer, nullptr);
+    EXPECT_EQ(b->jsonBuffer, nullptr);
+    EXPECT_EQ(a->gpbBuffer->reserved1[0], 0x5A); /* not reached, yet still collecting */
+    ASSERT_EQ(fw().Samples().size(), 1u);
+    EXPECT_EQ(fw().Samples()[0].header.taskId, 1u);
+
+    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
+    Tick();
+    EXPECT_EQ(Logs().at(2), "2 [InitTaskSampleBuffer] Alloc buff failed, msgId: 3, codeType: 0");
+    Tick(); /* allocated again, and the walk reaches A */
+    EXPECT_NE(b->jsonBuffer, nullptr);
+    EXPECT_EQ(a->gpbBuffer->reserved1[0], 0);
+
+    fw().ClearLogs();
+    MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&g_mdtlmQumaSampleData.gpbBuffer));
+    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
+    Tick(); /* a sensor buffer that cannot be had stops its row only */
+    EXPECT_EQ(Logs(), Lines{"2 [GetAndInitSampleDataBuff] Alloc buff failed, msgId: 4, codeType: 0"});
+}
 
 TEST_F(Upload, JsonSampleIsOneDocumentPerSensor)
 {
-    const std::string a = "{\"a\":1},";
-    const std::string b = "{\"b\":22},";
     for (uint32_t s = 1; s <= 6; ++s) {
-        SCOPED_TRACE(s);
-        ASSERT_EQ(Add(s, 70 + s, 80 + s, MDTLM_ENCODE_TYPE_JSON), 0u);
-        Queue(s, a);
-        Queue(s, b);
-        fw().ClearSamples();
-        Tick();
-        const std::string header = MDTLM_VRALDCN_TASK_GetJsonHeader(s);
-        ASSERT_EQ(fw().Samples().size(), 1u);
-        const CapturedSample sample = fw().Samples()[0];
-        EXPECT_EQ(sample.data, header + "{\"a\":1},{\"b\":22}]}}");
-        EXPECT_EQ(sample.header.dataLen, header.size() + (a.size() + b.size()) + 2);
-        EXPECT_EQ(sample.header.itemCnt, 2u);
-        EXPECT_EQ(sample.header.instanceId, 70 + s);
-        EXPECT_EQ(sample.header.taskId, 80 + s);
-        EXPECT_EQ(sample.header.reserved3, 0u);
-        MDTLM_TASK_DATA *task = Task(s, 70 + s, 80 + s);
-        EXPECT_EQ(sample.header.collectTimestamp, task->jsonBuffer->collectTimestamp);
-        EXPECT_NE(sample.header.collectTimestamp, 0u);
-        EXPECT_EQ(task->jsonBuffer->dataLen, 0u); /* emptied at the end of the tick */
-        EXPECT_EQ(task->jsonBuffer->itemCnt, 0u);
+        ASSERT_EQ(Add(s, 70, 80 + s, 1), 0u);
+        Queue(s, "{\"a\":1},");
+        Queue(s, "{\"b\":22},");
     }
-    EXPECT_EQ(std::strlen(MDTLM_VRALDCN_TASK_GetJsonHeader(1)), 38u);
-}
-
-TEST_F(Upload, GpbSampleIsTheBufferByteForByte)
-{
-    ASSERT_EQ(Add(6, 1, 2, MDTLM_ENCODE_TYPE_GPB), 0u);
-    const std::string rec1("\x08\x00\x12\x03" "abc", 7);
-    const std::string rec2("\x00\xff", 2);
-    Queue(6, rec1);
-    Queue(6, rec2);
     Tick();
-    ASSERT_EQ(fw().Samples().size(), 1u);
-    EXPECT_EQ(fw().Samples()[0].data, rec1 + rec2);
-    EXPECT_EQ(fw().Samples()[0].header.dataLen, 9u);
-    EXPECT_EQ(fw().Samples()[0].header.itemCnt, 2u);
-
+    const auto samples = fw().Samples();
+    ASSERT_EQ(samples.size(), 6u);
+    for (uint32_t s = 1; s <= 6; ++s) {
+        const CapturedSample &sample = samples[s - 1];
+        const std::string header = MDTLM_VRALDCN_TASK_GetJsonHeader(s);
+        EXPECT_EQ(sample.data, header + "{\"a\":1},{\"b\":22}]}}");
+        EXPECT_EQ(sample.header.dataLen, header.size() + 17 + 2);
+        EXPECT_EQ(sample.header.itemCnt, 2u);
+        EXPECT_EQ(sample.header.instanceId, 70u);
+        EXPECT_EQ(sample.header.taskId, 80 + s);
+        EXPECT_EQ(sample.header.reserved3, 0u); /* never stale memory */
+        EXPECT_EQ(sample.header.collectTimestamp, Task(s, 70, 80 + s)->jsonBuffer->collectTimestamp);
+        EXPECT_EQ(Task(s, 70, 80 + s)->jsonBuffer->dataLen, 0u);
+    }
+    EXPECT_EQ(samples[0].header.dataLen, 38u + 17 + 2);
     fw().ClearSamples();
-    Tick(); /* nothing queued: nothing sent */
-    EXPECT_TRUE(fw().Samples().empty());
+    Tick();
+    EXPECT_TRUE(fw().Samples().empty()); /* nothing queued, nothing sent */
 }
 
-TEST_F(Upload, FullBufferIsSentAtOnceAndTheRestAtTheEnd)
+TEST_F(Upload, FullBufferIsSentAtOnceAndTheDrainStopsAt2000)
 {
-    ASSERT_EQ(Add(2, 1, 1, MDTLM_ENCODE_TYPE_GPB), 0u);
+    ASSERT_EQ(Add(2, 1, 1), 0u);
     for (char c : std::string("ABCD")) {
         Queue(2, std::string(8000, c));
     }
     Tick();
     EXPECT_EQ(ItemCounts(), (std::vector<uint32_t>{3, 1}));
-    ASSERT_EQ(fw().Samples().size(), 2u);
-    EXPECT_EQ(fw().Samples()[0].data, std::string(8000, 'A') + std::string(8000, 'B') + std::string(8000, 'C'));
-    EXPECT_EQ(fw().Samples()[1].data, std::string(8000, 'D'));
-    MDTLM_FEM_TASK_STAT_REC rec{};
-    MDTLM_DB_KEY key{0, 1};
-    ASSERT_EQ(MDTLM_FEM_GetTaskStatDbRecord(&key, &rec), 0u);
-    EXPECT_EQ(rec.upload_ok_count, 2u);
-    EXPECT_EQ(rec.recv_msg_count, 4u);
-    EXPECT_EQ(rec.match_item_count, 4u);
-}
+    EXPECT_EQ(fw().Samples().at(0).data, std::string(8000, 'A') + std::string(8000, 'B') + std::string(8000, 'C'));
+    EXPECT_EQ(fw().Samples().at(0).header.dataLen, 24000u); /* GPB: the buffer byte for byte */
+    EXPECT_EQ(fw().Samples().at(1).data, std::string(8000, 'D'));
 
-TEST_F(Upload, AtMost2000MessagesThatReachATaskPerTick)
-{
-    ASSERT_EQ(Add(1, 1, 1), 0u);
-    ASSERT_EQ(Add(1, 1, 2), 0u);
-    for (int i = 0; i < 1900; ++i) {
-        Queue(1, "rec,");
-    }
-    for (int i = 0; i < 300; ++i) {
-        Queue(5, "none"); /* no task: freed, not counted */
-    }
-    for (int i = 0; i < 600; ++i) {
-        Queue(1, "rec,");
-    }
+    ASSERT_EQ(Add(2, 1, 2), 0u);
+    Queue(2, "rec,", 1900);
+    Queue(5, "none", 300); /* no task: freed without counting */
+    Queue(2, "rec,", 600);
+    fw().ClearSamples();
     Tick();
-    EXPECT_EQ(StatsQueueCount(), 500);
+    EXPECT_EQ(MDTLM_HOST_QueueCount(g_mdtlmNtvVralDcnStatsQueHdl), 500);
     EXPECT_EQ(ItemCounts(), (std::vector<uint32_t>{2000, 2000}));
     fw().ClearSamples();
     Tick();
-    EXPECT_EQ(StatsQueueCount(), 0);
     EXPECT_EQ(ItemCounts(), (std::vector<uint32_t>{500, 500}));
-    MDTLM_FEM_TASK_STAT_REC rec{};
-    MDTLM_DB_KEY key{0, 2};
-    ASSERT_EQ(MDTLM_FEM_GetTaskStatDbRecord(&key, &rec), 0u);
-    EXPECT_EQ(rec.recv_msg_count, 2500u);
-    EXPECT_EQ(rec.upload_ok_count, 2u);
+    EXPECT_EQ(Sql("SELECT recv_msg_count FROM fem_mdtlm_stat WHERE task_id = 2"), 2500);
+    EXPECT_EQ(Sql("SELECT upload_ok_count FROM fem_mdtlm_stat WHERE task_id = 1"), 4);
 }
 
-TEST_F(Upload, RefusedSampleIsCountedAsFailedAndDropped)
+TEST_F(Upload, RefusedOrImpossibleUploads)
 {
-    ASSERT_EQ(Add(4, 3, 9, MDTLM_ENCODE_TYPE_GPB), 0u);
-    Queue(4, "r1");
-    fw().SetUploadResult(3);
+    ASSERT_EQ(Add(1, 3, 9, 0), 0u);
+    Queue(1, "r1");
     fw().ClearLogs();
+    fw().SetUploadResult(3);
     Tick();
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_UploadDataToTlm] SampleDataUpload failed, ret: 3.", 2), 1u);
-    MDTLM_FEM_TASK_STAT_REC rec{};
-    MDTLM_DB_KEY key{0, 9};
-    ASSERT_EQ(MDTLM_FEM_GetTaskStatDbRecord(&key, &rec), 0u);
-    EXPECT_EQ(rec.upload_fail_count, 1u);
-    EXPECT_EQ(rec.upload_ok_count, 0u);
-    EXPECT_LE(std::abs(static_cast<long>(rec.last_upload_fail_time) - static_cast<long>(std::time(nullptr))), 2);
-    EXPECT_EQ(rec.last_upload_ok_time, 0u);
-
+    EXPECT_EQ(Logs(), Lines{"2 [NTVVRALDCN_UploadDataToTlm] SampleDataUpload failed, ret: 3."});
+    EXPECT_EQ(Sql("SELECT upload_fail_count FROM fem_mdtlm_stat WHERE task_id = 9"), 1);
+    EXPECT_NEAR(Sql("SELECT last_upload_fail_time FROM fem_mdtlm_stat WHERE task_id = 9"), std::time(nullptr), 2);
+    EXPECT_EQ(Sql("SELECT last_upload_ok_time FROM fem_mdtlm_stat WHERE task_id = 9"), 0);
     fw().SetUploadResult(0);
     fw().ClearSamples();
     Tick();
     EXPECT_TRUE(fw().Samples().empty()); /* the refused records are gone */
 
-    /* No upload slot: the same failure accounting, its own line. */
-    auto saved = fw().table.SampleDataUpload;
-    fw().table.SampleDataUpload = nullptr;
-    MDTLM_SAMPLE_BUFFER *buffer = NewBuffer(4);
-    MDTLM_TASK_DATA *task = Task(4, 3, 9);
-    EXPECT_EQ(MDTLM_VRALDCN_UploadDataToTlm(buffer), 1u);
-    MDTLM_VRALDCN_TASK_UploadStatsDataByTask(buffer, task);
-    fw().table.SampleDataUpload = saved;
-    EXPECT_EQ(CountLogs("[NTVVRALDCN_UploadDataToTlm] mdtlmVtbl is NULL.", 2), 2u);
-    EXPECT_EQ(task->stats.uploadFailCnt, 1u);
-    EXPECT_NE(task->stats.lastUploadFailTime, 0u);
-    EXPECT_EQ(MDTLM_VRALDCN_UploadDataToTlm(buffer), 0u);
-    FreeBuffer(buffer);
-}
-
-TEST_F(Upload, FormatBoundaries)
-{
-    struct Case {
-        uint32_t sensorType, codeType, srcLen;
-        uint32_t result, dataLen;
-        bool copyLine;
-    };
-    const Case cases[] = {
-        {1, 0, 24576, 0, 24576, false}, /* GPB: the whole area */
-        {1, 0, 24577, 1, 0, true},
-        {1, 1, 24535, 0, 24575, false}, /* closing fits exactly behind the dropped comma */
-        {1, 1, 24536, 1, 0, false},     /* records fit, closing does not */
-        {1, 1, 24538, 1, 0, false},
-        {1, 1, 24539, 1, 0, true},      /* header and records exceed the area */
-        {9, 1, 10, 1, 0, false},        /* no header for the sensor */
-    };
-    MDTLM_SAMPLE_BUFFER *dst = NewBuffer(0);
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.srcLen);
-        MDTLM_SAMPLE_BUFFER *src = NewBuffer(c.srcLen, ',');
-        src->collectTimestamp = 1234;
-        src->reportEnd = 1;
-        src->itemCnt = 77;
-        src->reserved3 = 0xDEADBEEF;
-        std::memset(dst, 0, sizeof(*dst));
-        fw().ClearLogs();
-        EXPECT_EQ(MDTLM_VRALDCN_TASK_FormatStatsData(c.sensorType, c.codeType, src, dst), c.result);
-        EXPECT_EQ(CountLogs("[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: " +
-                                std::to_string(c.codeType) + ".",
-                            2),
-                  c.copyLine ? 1u : 0u);
-        if (c.result == 0) {
-            EXPECT_EQ(dst->dataLen, c.dataLen);
-            EXPECT_EQ(dst->collectTimestamp, 1234u);
-            EXPECT_EQ(dst->itemCnt, 77u);
-            EXPECT_EQ(dst->reportEnd, 1u);
-            EXPECT_EQ(dst->reserved3, 0u);
-            if (c.codeType == 1) {
-                EXPECT_EQ(std::string(reinterpret_cast<char *>(dst->data) + c.dataLen - 4, 4), ",]}}");
-            }
-        }
-        FreeBuffer(src);
-    }
-    FreeBuffer(dst);
-}
-
-TEST_F(Upload, TaskUploadFailuresSendAndCountNothing)
-{
-    ASSERT_EQ(Add(1, 1, 1, MDTLM_ENCODE_TYPE_JSON), 0u);
-    MDTLM_TASK_DATA *task = Task(1, 1, 1);
+    MDTLM_TASK_DATA *task = Task(1, 3, 9); /* 38-byte JSON header */
+    task->pathInfo.encodeType = 1;
     struct Case {
         uint32_t dataLen;
-        bool failSampleAlloc, failHeader;
-        std::vector<std::string> lines;
+        bool noSample, noHeader, noSlot;
+        Lines lines;
+        uint64_t failed;
     };
+    const std::string fmt = "2 [NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: 1.";
     const Case cases[] = {
-        {10, true, false, {"[NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: 1."}},
-        {10, false, true, {"[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: 1."}},
-        {24536, false, false, {"[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: 1."}},
-        {24539,
-         false,
-         false,
-         {"[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 1.",
-          "[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: 1."}},
+        {10, true, false, false, {"2 [NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: 1."}, 0},
+        {10, false, true, false, {fmt}, 0},
+        {24536, false, false, false, {fmt}, 0}, /* records fit, the closing does not */
+        {24539, false, false, false, {"2 [NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 1.", fmt}, 0},
+        {10, false, false, true, {"2 [NTVVRALDCN_UploadDataToTlm] mdtlmVtbl is NULL."}, 1},
+        {24535, false, false, false, {}, 0}, /* the closing ends exactly at the end of the area */
+        {0, false, false, false, {}, 0},
     };
+    auto saved = fw().table.SampleDataUpload;
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.dataLen);
-        MDTLM_SAMPLE_BUFFER *buffer = NewBuffer(c.dataLen);
+        MDTLM_SAMPLE_BUFFER *buffer = NewBuffer(c.dataLen, ',');
         const int64_t live = fw().Outstanding();
         fw().ClearLogs();
-        if (c.failSampleAlloc) {
-            fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-        }
-        if (c.failHeader) {
-            MDTLM_HOST_FaultSet(MDTLM_HOST_OP_SPRINTF_S, 0, 1, -1);
-        }
+        task->stats = MDTLM_TASK_STATS{};
+        fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), c.noSample ? 1 : 0);
+        MDTLM_HOST_FaultSet(MDTLM_HOST_OP_SPRINTF_S, 0, c.noHeader ? 1 : 0, -1);
+        fw().table.SampleDataUpload = c.noSlot ? nullptr : saved;
         MDTLM_VRALDCN_TASK_UploadStatsDataByTask(buffer, task);
-        MDTLM_HOST_FaultClear();
-        std::vector<std::string> expected;
-        for (const std::string &l : c.lines) {
-            expected.push_back(LogShape(l));
-        }
-        EXPECT_EQ(fw().Shapes(), expected);
-        EXPECT_TRUE(fw().Samples().empty());
-        EXPECT_EQ(task->stats.uploadOkCnt + task->stats.uploadFailCnt, 0u);
+        fw().table.SampleDataUpload = saved;
+        EXPECT_EQ(Logs(), c.lines) << c.dataLen;
+        EXPECT_EQ(task->stats.uploadFailCnt, c.failed);
+        EXPECT_EQ(task->stats.uploadOkCnt, c.dataLen == 24535 ? 1u : 0u);
         EXPECT_EQ(fw().Outstanding(), live);
         FreeBuffer(buffer);
     }
+    ASSERT_EQ(fw().Samples().size(), 1u);
+    EXPECT_EQ(fw().Samples()[0].header.dataLen, 24575u);
+    EXPECT_EQ(fw().Samples()[0].data.substr(24571), ",]}}");
 }
 
 TEST_F(Upload, ReportEndFollowsTheSampleInterval)
@@ -260,112 +194,60 @@ TEST_F(Upload, ReportEndFollowsTheSampleInterval)
         uint32_t interval, mark, now, flag, markAfter;
     };
     const Step steps[] = {
-        {999, 5, 5, 1, 5},         /* under a second: every upload ends a report */
-        {10000, 100, 101, 0, 100},
-        {10000, 100, 109, 0, 100},
-        {10000, 100, 110, 1, 110},
-        {10000, 110, 110, 0, 110}, /* a second upload in the same tick */
-        {10000, 100, 250, 1, 250},
-        {3000, 0xFFFFFFFEu, 1, 0, 0xFFFFFFFEu}, /* across the wrap one tick less counts */
-        {3000, 0xFFFFFFFEu, 2, 1, 2},
-        {0, 7, 3, 1, 3},
+        {999, 5, 5, 1, 5}, {10000, 100, 101, 0, 100}, {10000, 100, 109, 0, 100}, {10000, 100, 110, 1, 110},
+        {10000, 110, 110, 0, 110},                                 /* a second upload in the same tick */
+        {3000, 0xFFFFFFFEu, 1, 0, 0xFFFFFFFEu}, {3000, 0xFFFFFFFEu, 2, 1, 2}, /* across the wrap */
     };
     for (const Step &s : steps) {
-        SCOPED_TRACE(s.now);
         task.pathInfo.sampleInterval = s.interval;
         task.lastReportSecondCnt = s.mark;
         g_mdtlmVralTimerSecondCnt = s.now;
-        EXPECT_EQ(MDTLM_VRALDCN_TASK_IsActiveReportEnd(&task), s.flag);
+        EXPECT_EQ(MDTLM_VRALDCN_TASK_IsActiveReportEnd(&task), s.flag) << s.now;
         EXPECT_EQ(task.lastReportSecondCnt, s.markAfter);
     }
-}
 
-TEST_F(Upload, ReportEndOnTheTicksOfATask)
-{
     g_mdtlmVralTimerSecondCnt = 100;
-    ASSERT_EQ(Add(3, 1, 1, MDTLM_ENCODE_TYPE_GPB, 2500), 0u); /* created at tick 100 */
+    ASSERT_EQ(Add(3, 1, 1, 0, 2500), 0u); /* created at tick 100 */
     std::vector<uint32_t> flags;
     for (int i = 0; i < 5; ++i) {
         Queue(3, "r");
         fw().ClearSamples();
-        Tick(); /* ticks 101 .. 105 */
-        ASSERT_EQ(fw().Samples().size(), 1u);
-        flags.push_back(fw().Samples()[0].header.reportEnd);
+        Tick();
+        flags.push_back(fw().Samples().at(0).header.reportEnd);
     }
     EXPECT_EQ(flags, (std::vector<uint32_t>{0, 1, 0, 1, 0}));
-    EXPECT_EQ(g_mdtlmVralTimerSecondCnt, 105u);
 }
 
 TEST_F(Upload, SensorWideUploadGoesToEveryTaskOfTheCodeType)
 {
-    ASSERT_EQ(Add(3, 1, 1, MDTLM_ENCODE_TYPE_GPB), 0u);
-    ASSERT_EQ(Add(3, 1, 2, MDTLM_ENCODE_TYPE_JSON), 0u);
-    ASSERT_EQ(Add(3, 2, 3, MDTLM_ENCODE_TYPE_GPB), 0u);
+    ASSERT_EQ(Add(3, 1, 1, 0), 0u);
+    ASSERT_EQ(Add(3, 1, 2, 1), 0u);
+    ASSERT_EQ(Add(3, 2, 3, 0), 0u);
     MDTLM_SAMPLE_BUFFER *src = NewBuffer(3, 'q');
-    src->itemCnt = 1;
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, MDTLM_ENCODE_TYPE_GPB);
-    std::vector<std::pair<uint32_t, uint32_t>> ids;
+    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
+    src->data[2] = ',';
+    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 1);
+    Pairs ids;
     for (const CapturedSample &s : fw().Samples()) {
         ids.emplace_back(s.header.instanceId, s.header.taskId);
-        EXPECT_EQ(s.data, "qqq");
     }
-    EXPECT_EQ(ids, (std::vector<std::pair<uint32_t, uint32_t>>{{2, 3}, {1, 1}}));
-    EXPECT_EQ(Task(3, 2, 3)->stats.uploadOkCnt, 1u);
-    EXPECT_EQ(Task(3, 1, 2)->stats.uploadOkCnt, 0u);
+    EXPECT_EQ(ids, (Pairs{{2, 3}, {1, 1}, {1, 2}}));
+    EXPECT_EQ(fw().Samples().at(1).data, "qqq");
+    EXPECT_EQ(fw().Samples().at(2).data, "{\"flow_statistics\":{\"flow_statistic\":[qq]}}");
 
-    fw().ClearSamples();
-    src->data[2] = ',';
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, MDTLM_ENCODE_TYPE_JSON);
-    ASSERT_EQ(fw().Samples().size(), 1u);
-    EXPECT_EQ(fw().Samples()[0].header.taskId, 2u);
-    EXPECT_EQ(fw().Samples()[0].data, "{\"flow_statistics\":{\"flow_statistic\":[qq]}}");
-
-    fw().ClearSamples();
     fw().ClearLogs();
     fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, MDTLM_ENCODE_TYPE_GPB);
+    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
     src->dataLen = 24577;
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, MDTLM_ENCODE_TYPE_GPB);
+    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
     src->dataLen = 0;
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, MDTLM_ENCODE_TYPE_GPB);
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, nullptr, MDTLM_ENCODE_TYPE_GPB);
-    EXPECT_EQ(fw().Shapes(), (std::vector<std::string>{
-                                 LogShape("[UploadStatsData] Alloc buff failed, codetype: 0."),
-                                 LogShape("[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 0."),
-                                 LogShape("[UploadStatsData] Format sampleData failed, codetype: 0."),
-                             }));
-    EXPECT_TRUE(fw().Samples().empty());
+    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
+    EXPECT_EQ(Logs(), (Lines{"2 [UploadStatsData] Alloc buff failed, codetype: 0.",
+                             "2 [NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 0.",
+                             "2 [UploadStatsData] Format sampleData failed, codetype: 0."}));
+    EXPECT_EQ(fw().Samples().size(), 3u);
     FreeBuffer(src);
-}
 
-TEST_F(Upload, OneMessageOfferedToEveryTaskOfItsSensor)
-{
-    ASSERT_EQ(Add(6, 1, 1, MDTLM_ENCODE_TYPE_GPB), 0u);
-    ASSERT_EQ(Add(6, 1, 2, MDTLM_ENCODE_TYPE_JSON), 0u);
-    alignas(8) uint8_t storage[16] = {};
-    auto *msg = reinterpret_cast<MDTLM_STATS_MSG *>(storage);
-    msg->msgType = 6;
-    msg->msgLen = 3;
-    std::memcpy(msg->body, "ok,", 3);
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg), 2u);
-    std::memcpy(msg->body, "!no", 3);
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg), 0u);
-    for (uint32_t id : {1u, 2u}) {
-        EXPECT_EQ(Task(6, 1, id)->stats.recvMsgCnt, 2u);
-        EXPECT_EQ(Task(6, 1, id)->stats.matchItemCnt, 1u);
-    }
-    msg->msgType = 9;
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg), 0u);
-    msg->msgType = 5;
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg), 0u);
-
-    MDTLM_VRALDCN_STATS_UploadRestByTask(6);
-    ASSERT_EQ(fw().Samples().size(), 2u);
-    EXPECT_EQ(fw().Samples()[0].data, "{\"export-flow-caches\":{\"export-flow-cache\":[ok]}}");
-    EXPECT_EQ(fw().Samples()[1].data, "ok,");
-    EXPECT_EQ(Task(6, 1, 1)->gpbBuffer->dataLen, 0u);
-    MDTLM_VRALDCN_STATS_UploadRest();
-    EXPECT_EQ(fw().Samples().size(), 2u);
 }
 
 } // namespace

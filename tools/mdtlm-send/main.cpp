@@ -5,6 +5,7 @@
  */
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <thread>
@@ -110,9 +111,11 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "mdtlm-send: %llu messages in %llu datagrams to 127.0.0.1:%u",
                      static_cast<unsigned long long>(messages.size() * options.repeat),
                      static_cast<unsigned long long>(sent), options.port);
+        const char *separator = " (";
         for (const auto &[type, count] : perSensor) {
-            std::fprintf(stderr, "%s %s %llu", type == perSensor.begin()->first ? " (" : ",",
-                         SensorByType(type)->shortName, static_cast<unsigned long long>(count));
+            std::fprintf(stderr, "%s%s %llu", separator, SensorByType(type)->shortName,
+                         static_cast<unsigned long long>(count));
+            separator = ", ";
         }
         std::fprintf(stderr, "%s\n", perSensor.empty() ? "" : ")");
     } catch (const std::runtime_error &e) {

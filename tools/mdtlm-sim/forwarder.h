@@ -49,7 +49,8 @@ public:
 private:
     void RunGenerated();
     void RunScripted();
-    void Send(const std::vector<tools::StatsMessage> &messages, uint32_t batch);
+    /* False when stopped part-way. */
+    bool Send(const std::vector<tools::StatsMessage> &messages, uint32_t batch, bool paced);
     void SendDatagram(const std::vector<uint8_t> &datagram, const std::vector<uint32_t> &types);
     bool WaitFor(std::chrono::milliseconds pause);
 

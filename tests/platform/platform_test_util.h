@@ -1,0 +1,46 @@
+/* Helpers shared by the platform library's tests. */
+#ifndef MDTLM_TEST_PLATFORM_UTIL_H
+#define MDTLM_TEST_PLATFORM_UTIL_H
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <thread>
+
+#include "mdtlm_host.h"
+#include "mdtlm_platform.h"
+
+/* An epoll instance for one test, destroyed at the end of it. */
+class ScopedEpoll {
+public:
+    ScopedEpoll() : id_(FWM_EPOLL_Create()) {}
+    ~ScopedEpoll()
+    {
+        if (id_ >= 0)
+            FWM_EPOLL_Destroy(Id());
+    }
+    ScopedEpoll(const ScopedEpoll &) = delete;
+    ScopedEpoll &operator=(const ScopedEpoll &) = delete;
+
+    bool Valid() const { return id_ >= 0; }
+    uint32_t Id() const { return static_cast<uint32_t>(id_); }
+    /* The test destroyed it itself. */
+    void Forget() { id_ = -1; }
+
+private:
+    int32_t id_;
+};
+
+/* Polls `done` until it holds or two seconds pass; true when it held. */
+inline bool WaitUntil(const std::function<bool()> &done)
+{
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+#endif /* MDTLM_TEST_PLATFORM_UTIL_H */

@@ -1,0 +1,137 @@
+/*
+ * The simulator's side of the object database. The host platform owns the
+ * tables; this file only opens a second connection to copy them.
+ */
+#include "sim_database.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "mdtlm_host.h"
+
+namespace mdtlm::sim {
+namespace {
+
+constexpr const char *kTables[] = {"fem_mdtlm_stat", "vraldcn_mdtlm_report_perf"};
+constexpr const char *kCopyPrefix = "sim_at_stop_";
+constexpr int kBusyTimeoutMs = 5000;
+
+struct Closer {
+    void operator()(sqlite3 *db) const { sqlite3_close_v2(db); }
+};
+using Connection = std::unique_ptr<sqlite3, Closer>;
+
+Connection Open(const std::string &path, std::string &problem)
+{
+    sqlite3 *raw = nullptr;
+    int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
+    Connection db(raw);
+    if (rc != SQLITE_OK) {
+        problem = "cannot open " + path + ": " + (raw != nullptr ? sqlite3_errmsg(raw) : sqlite3_errstr(rc));
+        return nullptr;
+    }
+    sqlite3_busy_timeout(raw, kBusyTimeoutMs);
+    return db;
+}
+
+std::string Exec(sqlite3 *db, const std::string &sql)
+{
+    char *message = nullptr;
+    if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message) == SQLITE_OK) {
+        return "";
+    }
+    std::string problem = message != nullptr ? message : "unknown error";
+    sqlite3_free(message);
+    return problem + " (" + sql + ")";
+}
+
+} // namespace
+
+std::string SimDatabase::Create()
+{
+    for (const char *suffix : {"", "-wal", "-shm", "-journal"}) {
+        std::error_code ignored;
+        std::filesystem::remove(path_ + suffix, ignored);
+    }
+    if (MDTLM_HOST_DbOpen(path_.c_str()) != 0) {
+        return "the host platform cannot create the object database " + path_;
+    }
+    return "";
+}
+
+int64_t SimDatabase::TaskStatCount() const
+{
+    return MDTLM_HOST_DbQueryInt("SELECT count(*) FROM fem_mdtlm_stat");
+}
+
+std::string SimDatabase::Snapshot()
+{
+    std::string problem;
+    Connection db = Open(path_, problem);
+    if (!db) {
+        return problem;
+    }
+    for (const char *table : kTables) {
+        std::string copy = std::string(kCopyPrefix) + table;
+        problem = Exec(db.get(), "DROP TABLE IF EXISTS " + copy + "; CREATE TABLE " + copy + " AS SELECT * FROM " +
+                                     table);
+        if (!problem.empty()) {
+            return problem;
+        }
+    }
+    snapshotTaken_ = true;
+
+    sqlite3_stmt *raw = nullptr;
+    const char *sql = "SELECT task_id, sensor_type, recv_msg_count, match_item_count, upload_ok_count, "
+                      "upload_fail_count FROM fem_mdtlm_stat ORDER BY task_id";
+    if (sqlite3_prepare_v2(db.get(), sql, -1, &raw, nullptr) != SQLITE_OK) {
+        return std::string("cannot read the task statistics: ") + sqlite3_errmsg(db.get());
+    }
+    std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> statement(raw, sqlite3_finalize);
+    taskStats_.clear();
+    while (sqlite3_step(raw) == SQLITE_ROW) {
+        TaskStatRow row;
+        row.taskId = static_cast<uint32_t>(sqlite3_column_int64(raw, 0));
+        row.sensorType = static_cast<uint32_t>(sqlite3_column_int64(raw, 1));
+        row.recvMsgCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 2));
+        row.matchItemCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 3));
+        row.uploadOkCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 4));
+        row.uploadFailCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 5));
+        taskStats_.push_back(row);
+    }
+    statement.reset();
+    sqlite3_stmt *count = nullptr;
+    if (sqlite3_prepare_v2(db.get(), "SELECT count(*) FROM vraldcn_mdtlm_report_perf", -1, &count, nullptr) ==
+        SQLITE_OK) {
+        if (sqlite3_step(count) == SQLITE_ROW) {
+            reportPerfRows_ = static_cast<uint64_t>(sqlite3_column_int64(count, 0));
+        }
+        sqlite3_finalize(count);
+    }
+    return "";
+}
+
+std::string SimDatabase::Restore()
+{
+    MDTLM_HOST_DbClose();
+    if (!snapshotTaken_) {
+        return "";
+    }
+    std::string problem;
+    Connection db = Open(path_, problem);
+    if (!db) {
+        return problem;
+    }
+    std::string sql = "BEGIN;";
+    for (const char *table : kTables) {
+        std::string copy = std::string(kCopyPrefix) + table;
+        sql += std::string(" DELETE FROM ") + table + "; INSERT INTO " + table + " SELECT * FROM " + copy +
+               "; DROP TABLE " + copy + ";";
+    }
+    sql += " COMMIT;";
+    return Exec(db.get(), sql);
+}
+
+} // namespace mdtlm::sim

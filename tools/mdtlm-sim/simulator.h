@@ -1,0 +1,86 @@
+/*
+ * One run of the simulator: load the plug-in as the framework would, subscribe
+ * the configured tasks, play the forwarding side, show every sample, and stop
+ * cleanly, accounting for every buffer.
+ */
+#ifndef MDTLM_SIM_SIMULATOR_H
+#define MDTLM_SIM_SIMULATOR_H
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "config.h"
+#include "forwarder.h"
+#include "framework.h"
+#include "options.h"
+#include "plugin.h"
+#include "report.h"
+#include "sample_decoder.h"
+#include "sample_recorder.h"
+#include "sim_database.h"
+#include "stats_wire.h"
+
+namespace mdtlm::sim {
+
+/* Exit codes. */
+constexpr int kExitOk = 0;
+constexpr int kExitFailure = 1;
+constexpr int kExitBadInput = 2;
+
+class Simulator {
+public:
+    /* `signals` are blocked in every thread; the run waits for them itself. */
+    Simulator(const Options &options, const SimConfig &config, std::optional<std::vector<tools::StatsMessage>> script,
+              const sigset_t &signals);
+    ~Simulator();
+
+    int Run();
+
+private:
+    using InitFunc = uint32_t (*)(uint32_t);
+    using UnloadFunc = void (*)(void);
+    using CounterFunc = uint64_t (*)(void);
+
+    bool OpenOutputs();
+    bool StartPlugin();
+    bool Subscribe();
+    void WaitForSubscriptions();
+    bool StartForwarding();
+    void RunUntilStopped();
+    void DrainTraffic();
+    void DeleteTasks();
+    bool UnloadPlugin();
+    int Finish(bool cleanSoFar);
+
+    RunState CurrentState() const;
+    double Elapsed() const;
+
+    const Options &options_;
+    const SimConfig &config_;
+    std::optional<std::vector<tools::StatsMessage>> script_;
+    sigset_t signals_;
+
+    FILE *out_ = nullptr;
+    FILE *log_ = nullptr;
+    Framework framework_;
+    SampleDecoder decoder_;
+    std::unique_ptr<SampleRecorder> recorder_;
+    SimDatabase database_;
+    std::unique_ptr<Plugin> plugin_;
+    UnloadFunc unload_ = nullptr;
+    CounterFunc shortMessages_ = nullptr;
+    bool initialised_ = false;
+    uint16_t port_ = 0;
+    std::unique_ptr<Forwarder> forwarder_;
+    std::chrono::steady_clock::time_point start_;
+    bool snapshotTaken_ = false;
+    MDTLM_HOST_CHAN_COUNTERS finalChannel_{};
+    bool finalChannelKnown_ = false;
+};
+
+} // namespace mdtlm::sim
+
+#endif /* MDTLM_SIM_SIMULATOR_H */
