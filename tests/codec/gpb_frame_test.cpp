@@ -159,7 +159,7 @@ TEST(GpbChain, FieldsAndGroupsFormOneFlatMessage)
     EXPECT_EQ(fields[4].varint, 0u);
 }
 
-TEST_F(Logged, ChainReturnsTheFirstFailureAndWritesNoFurther)
+TEST_F(CodecLog, ChainReturnsTheFirstFailureAndWritesNoFurther)
 {
     const Rec rec{7, UINT64_MAX, "flow", {1, 2, 3}};
     const int32_t total = 2 + 11 + 6 + 6 + 2;

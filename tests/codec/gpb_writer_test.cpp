@@ -136,7 +136,7 @@ TEST(GpbLengthDelimited, DataOneByteShortIsSilentNoSpace)
 
 /* Every capacity below the exact fit fails with -2, logs only failures and
  * writes nothing past the capacity. */
-TEST_F(Logged, EveryShortCapacityIsNoSpace)
+TEST_F(CodecLog, EveryShortCapacityIsNoSpace)
 {
     const std::string text(130, 't');
     const std::function<int32_t(uint8_t *, int32_t)> writers[] = {
@@ -161,7 +161,7 @@ TEST_F(Logged, EveryShortCapacityIsNoSpace)
     }
 }
 
-TEST_F(Logged, FailureLinesWordForWord)
+TEST_F(CodecLog, FailureLinesWordForWord)
 {
     static const uint8_t kData[200] = {};
     uint8_t buf[16];

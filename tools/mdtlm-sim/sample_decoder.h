@@ -21,7 +21,7 @@ namespace mdtlm::sim {
 struct DecodedSample {
     bool decoded = false;      /* false: `problem` says why; `text` shows what could be read */
     std::string text;          /* the sample for a person */
-    nlohmann::json records = nlohmann::json::array(); /* one object per record */
+    nlohmann::ordered_json records = nlohmann::ordered_json::array(); /* one object per record, in order */
     std::string problem;
 };
 

@@ -10,7 +10,7 @@
 namespace mdtlm::sim {
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 /* Milliseconds since 1970 as "2024-05-01T10:00:00.123Z". */
 std::string IsoTime(uint64_t milliseconds)

@@ -119,7 +119,9 @@ RunState Simulator::CurrentState() const
         state.channelKnown = MDTLM_HOST_ChanCounters(nullptr, &state.channel) == 0;
         state.queued = QueueFill(kStatsQueueName);
     }
-    if (shortMessages_ != nullptr && initialised_) {
+    if (finalChannelKnown_) {
+        state.shortRefused = finalShortRefused_;
+    } else if (shortMessages_ != nullptr && initialised_) {
         state.shortRefused = static_cast<int64_t>(shortMessages_());
     }
     state.samples = recorder_->Totals();
@@ -313,6 +315,7 @@ void Simulator::DrainTraffic()
                      QueueFill(kStatsQueueName), static_cast<long long>(limit.count()));
     }
     std::this_thread::sleep_for(kTickSettle);
+    finalShortRefused_ = shortMessages_ != nullptr ? static_cast<int64_t>(shortMessages_()) : -1;
     finalChannelKnown_ = MDTLM_HOST_ChanCounters(nullptr, &finalChannel_) == 0;
 }
 

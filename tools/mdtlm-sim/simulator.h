@@ -77,8 +77,10 @@ private:
     std::unique_ptr<Forwarder> forwarder_;
     std::chrono::steady_clock::time_point start_;
     bool snapshotTaken_ = false;
+    /* Intake counters read once the traffic has drained, before the plug-in goes away. */
     MDTLM_HOST_CHAN_COUNTERS finalChannel_{};
     bool finalChannelKnown_ = false;
+    int64_t finalShortRefused_ = -1;
 };
 
 } // namespace mdtlm::sim

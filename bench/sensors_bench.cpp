@@ -1,0 +1,443 @@
+/*
+ * Cost per record of the GPB and JSON encoders of the export flow cache,
+ * result statistics and the two I/O service sensors, each next to a
+ * reference built on libprotobuf:
+ *   - GPB: CodedOutputStream writing the same bytes (sizes computed first,
+ *     then the container, the field 1 entry and the fields, as generated code
+ *     does); the bytes are checked to be equal before timing;
+ *   - JSON: the record set into a DynamicMessage of the schema in proto/ and
+ *     printed with libprotobuf's JSON printer.
+ * Both sides append record after record into a buffer of one sample's size
+ * and start over when it is nearly full. Read the figures as ratios of
+ * neighbouring lines.
+ */
+#include <benchmark/benchmark.h>
+#include <google/protobuf/compiler/importer.h>
+#include <google/protobuf/dynamic_message.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/util/json_util.h>
+
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mdtlm_vraldcn.h"
+
+namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using google::protobuf::io::ArrayOutputStream;
+using google::protobuf::io::CodedOutputStream;
+
+constexpr int32_t kBufferSize = static_cast<int32_t>(MDTLM_SAMPLE_DATA_SIZE);
+constexpr int32_t kRoomKept = 1100; /* above the largest JSON room demanded */
+
+/* ------------------------------------------------------------ field visits */
+
+/* Text forms the reference computes for itself. */
+struct Texts {
+    char slot[16];
+    char src[40];
+    char dst[40];
+    std::string_view acl, warn;
+};
+
+void Ipv4Text(uint32_t a, char (&out)[40])
+{
+    std::snprintf(out, sizeof(out), "%u.%u.%u.%u", a >> 24, (a >> 16) & 0xFF, (a >> 8) & 0xFF, a & 0xFF);
+}
+
+void Ipv6Text(const uint32_t *w, char (&out)[40])
+{
+    std::snprintf(out, sizeof(out), "%x:%x:%x:%x:%x:%x:%x:%x", w[0] >> 16, w[0] & 0xFFFF, w[1] >> 16, w[1] & 0xFFFF,
+                  w[2] >> 16, w[2] & 0xFFFF, w[3] >> 16, w[3] & 0xFFFF);
+}
+
+void AddressTexts(uint32_t family, const uint32_t *src, const uint32_t *dst, Texts &t)
+{
+    if (family == 1) {
+        Ipv6Text(src, t.src);
+        Ipv6Text(dst, t.dst);
+    } else {
+        Ipv4Text(src[0], t.src);
+        Ipv4Text(dst[0], t.dst);
+    }
+}
+
+void SlotText(uint32_t slot, Texts &t)
+{
+    *std::to_chars(t.slot, t.slot + sizeof(t.slot) - 1, slot).ptr = '\0';
+}
+
+template <size_t N>
+std::string_view FieldText(const char (&field)[N])
+{
+    return std::string_view(field, strnlen(field, N));
+}
+
+/* Every sensor lists its fields in wire order once, for any visitor. */
+template <typename V>
+void Visit(const MDTLM_ZELK_CACHE_REC &r, const Texts &t, V &v)
+{
+    v.Str(1, t.slot).Str(2, t.src).Str(3, t.dst);
+    v.Int(4, r.protocolId).Int(5, r.l4SourcePort).Int(6, r.l4DestinationPort).Int(7, r.ifIndex);
+    v.Int(8, r.detectTimestampSecond).Int(9, r.state).Int(10, r.seed).Int(11, r.recoveryCount);
+    v.Int(12, r.sequenceNumber).Int(13, r.recoveryMode).Int(14, r.opMode);
+}
+
+template <typename V>
+void Visit(const MDTLM_QUMA_RESULT_REC &r, const Texts &t, V &v)
+{
+    v.Int(1, r.id).Int(2, r.periodId).Int(3, r.protocol).Int(13, r.ruleId);
+    v.Int(5, r.aclNumber).Str(6, t.acl).Int(7, r.vxlanReservedValue).Int(14, r.vxlanReservedValueSecond);
+    v.Int(8, r.inputPackets).Int(9, r.outputPackets).Str(12, t.warn).Int(10, r.timeStamp);
+}
+
+template <typename V>
+void Visit(const MDTLM_SRVTLM_FLOW_STATS_REC &r, const Texts &t, V &v)
+{
+    v.Int(1, r.accessType).Int(2, r.addressFamily).Str(3, t.src).Str(4, t.dst).Int(5, r.logicalUnitNum);
+    v.Int(6, r.periodId).Int(7, r.ifIndex).Int(8, r.measureMode);
+    v.Int(9, r.readIoAvgLatency).Int(10, r.readDal).Int(11, r.readIops).Int(12, r.readIoAvgSize);
+    v.Int(13, r.readPendingIoCnt).Int(14, r.writeIoAvgLatency).Int(15, r.writeDal).Int(16, r.writeDpl);
+    v.Int(17, r.writeIops).Int(18, r.writeIoAvgSize).Int(19, r.writePendingIoCnt);
+    v.Int(20, r.errorInfo).Int(21, r.interval).Int(22, r.sequenceNumber);
+}
+
+template <typename V>
+void Visit(const MDTLM_SRVTLM_FCTFLOW_STATS_REC &r, const Texts &t, V &v)
+{
+    v.Int(1, r.addressFamily).Str(2, t.src).Str(3, t.dst).Int(4, r.periodId).Str(5, t.slot);
+    v.Int(6, r.srcIfIndex).Int(7, r.dstIfIndex).Int(8, r.interfaceChangeStatus);
+    v.Int(9, r.fctMax).Int(10, r.fctMin).Int(11, r.fctMean).Int(12, r.fetMax).Int(13, r.fetMin).Int(14, r.fetMean);
+    v.Int(15, r.nakPacketNumber).Int(16, r.rdmaPacketNumber).Int(17, r.rdmaMessageNumber).Int(18, r.errorInfo);
+    v.Int(19, r.sequenceNumber);
+}
+
+void MakeTexts(const MDTLM_ZELK_CACHE_REC &r, Texts &t)
+{
+    SlotText(r.slotId, t);
+    Ipv4Text(r.sourceIp, t.src);
+    Ipv4Text(r.destinationIp, t.dst);
+}
+void MakeTexts(const MDTLM_QUMA_RESULT_REC &r, Texts &t)
+{
+    t.acl = FieldText(r.aclName);
+    t.warn = FieldText(r.warnInfo);
+}
+void MakeTexts(const MDTLM_SRVTLM_FLOW_STATS_REC &r, Texts &t)
+{
+    AddressTexts(r.addressFamily, r.srcIp, r.dstIp, t);
+}
+void MakeTexts(const MDTLM_SRVTLM_FCTFLOW_STATS_REC &r, Texts &t)
+{
+    AddressTexts(r.addressFamily, r.srcIp, r.dstIp, t);
+    SlotText(r.slotId, t);
+}
+
+struct SizeVisitor {
+    size_t n = 0;
+    SizeVisitor &Int(uint32_t f, uint64_t v)
+    {
+        n += CodedOutputStream::VarintSize32(f << 3) + CodedOutputStream::VarintSize64(v);
+        return *this;
+    }
+    SizeVisitor &Str(uint32_t f, std::string_view s)
+    {
+        n += CodedOutputStream::VarintSize32(f << 3 | 2) + CodedOutputStream::VarintSize32(s.size()) + s.size();
+        return *this;
+    }
+};
+
+struct WriteVisitor {
+    CodedOutputStream &s;
+    WriteVisitor &Int(uint32_t f, uint64_t v)
+    {
+        s.WriteTag(f << 3);
+        s.WriteVarint64(v);
+        return *this;
+    }
+    WriteVisitor &Str(uint32_t f, std::string_view text)
+    {
+        s.WriteTag(f << 3 | 2);
+        s.WriteVarint32(static_cast<uint32_t>(text.size()));
+        s.WriteRaw(text.data(), static_cast<int>(text.size()));
+        return *this;
+    }
+};
+
+/* Sets the visited fields on a DynamicMessage (descriptors resolved once). */
+struct DynamicVisitor {
+    Message *m;
+    const std::vector<const FieldDescriptor *> &byNumber;
+    DynamicVisitor &Int(uint32_t f, uint64_t v)
+    {
+        const FieldDescriptor *fd = byNumber[f];
+        if (fd->cpp_type() == FieldDescriptor::CPPTYPE_UINT64) {
+            m->GetReflection()->SetUInt64(m, fd, v);
+        } else {
+            m->GetReflection()->SetUInt32(m, fd, static_cast<uint32_t>(v));
+        }
+        return *this;
+    }
+    DynamicVisitor &Str(uint32_t f, std::string_view s)
+    {
+        m->GetReflection()->SetString(m, byNumber[f], std::string(s));
+        return *this;
+    }
+};
+
+/* One record as the reference writes it: container, field 1 entry, body. */
+template <typename Rec>
+void WriteReference(const Rec &rec, uint32_t container, CodedOutputStream &s)
+{
+    Texts t{};
+    MakeTexts(rec, t);
+    SizeVisitor size;
+    Visit(rec, t, size);
+    const size_t entry = 1 + CodedOutputStream::VarintSize32(static_cast<uint32_t>(size.n)) + size.n;
+    s.WriteTag(container << 3 | 2);
+    s.WriteVarint32(static_cast<uint32_t>(entry));
+    s.WriteTag(1 << 3 | 2);
+    s.WriteVarint32(static_cast<uint32_t>(size.n));
+    WriteVisitor write{s};
+    Visit(rec, t, write);
+}
+
+/* ---------------------------------------------------------------- sensors */
+
+template <typename Rec>
+struct Sensor {
+    int32_t (*gpb)(const Rec *, uint8_t *, int32_t);
+    int32_t (*json)(const Rec *, uint8_t *, int32_t);
+    uint32_t container;
+    const char *protoFile;
+    const char *recordName;
+};
+
+const Sensor<MDTLM_ZELK_CACHE_REC> kZelk = {MDTLM_ZELK_GPB_EncodeMsg, MDTLM_ZELK_JSON_EncodeMsg, 7,
+                                            "export_flow_caches.proto", "mdtlm.zelk.ExportFlowCache"};
+const Sensor<MDTLM_QUMA_RESULT_REC> kQuma = {MDTLM_QUMA_GPB_EncodeMsg, MDTLM_QUMA_JSON_EncodeMsg, 3,
+                                             "result_statistics.proto", "mdtlm.quma.ResultStatistic"};
+const Sensor<MDTLM_SRVTLM_FLOW_STATS_REC> kSrvtlm = {MDTLM_SRVTLM_FLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg,
+                                                     5, "io_service_flow_statistics.proto",
+                                                     "mdtlm.srvtlmflow.FlowStatistic"};
+const Sensor<MDTLM_SRVTLM_FCTFLOW_STATS_REC> kFct = {
+    MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg, 8, "io_service_flow_throughput.proto",
+    "mdtlm.srvtlmfct.FlowThroughputStatistic"};
+
+MDTLM_ZELK_CACHE_REC ZelkRecord(int64_t)
+{
+    return {3, 0x0A000001, 0xC0A80A01, 6, 443, 51000, 17, 1700000000, 2, 0x12345678, 4, 99, 2, 3};
+}
+
+MDTLM_QUMA_RESULT_REC QumaRecord(int64_t)
+{
+    MDTLM_QUMA_RESULT_REC r{};
+    r = {7, 107, 1, 21, 3007, {}, 0x1122, 0x3344, 0, 123456789012ull, 123456789000ull, 50, {}, 1700000000};
+    std::memcpy(r.aclName, "acl-web-ingress-01", 18);
+    std::memcpy(r.warnInfo, "loss above limit", 16);
+    return r;
+}
+
+MDTLM_SRVTLM_FLOW_STATS_REC SrvtlmRecord(int64_t family)
+{
+    MDTLM_SRVTLM_FLOW_STATS_REC r{};
+    r.accessType = 1;
+    r.addressFamily = static_cast<uint8_t>(family);
+    r.srcIp[0] = family == 1 ? 0x20010db8 : 0xC0A80101;
+    r.srcIp[3] = family == 1 ? 0x12345678 : 0;
+    r.dstIp[0] = family == 1 ? 0xfe800000 : 0x0A000002;
+    r.dstIp[3] = family == 1 ? 0xabcdef01 : 0;
+    r.logicalUnitNum = 12;
+    r.periodId = 345;
+    r.ifIndex = 4000;
+    r.readIoAvgLatency = 250;
+    r.writeIoAvgLatency = 480;
+    r.readDal = 31;
+    r.writeDal = 44;
+    r.writeDpl = 7;
+    r.readIops = 120000;
+    r.writeIops = 80000;
+    r.readIoAvgSize = 4096;
+    r.writeIoAvgSize = 8192;
+    r.readPendingIoCnt = 3;
+    r.writePendingIoCnt = 9;
+    r.interval = 1000;
+    r.sequenceNumber = 987654;
+    return r;
+}
+
+MDTLM_SRVTLM_FCTFLOW_STATS_REC FctRecord(int64_t family)
+{
+    MDTLM_SRVTLM_FCTFLOW_STATS_REC r{};
+    r.addressFamily = static_cast<uint32_t>(family);
+    r.srcIp[0] = family == 1 ? 0x20010db8 : 0xAC100001;
+    r.srcIp[3] = family == 1 ? 0x1 : 0;
+    r.dstIp[0] = family == 1 ? 0x20010db8 : 0xAC100002;
+    r.dstIp[3] = family == 1 ? 0x2 : 0;
+    r.periodId = 345;
+    r.slotId = 3;
+    r.srcIfIndex = 11;
+    r.dstIfIndex = 12;
+    r.fctMax = 900000;
+    r.fctMin = 1200;
+    r.fctMean = 40000;
+    r.fetMax = 12345678901ull;
+    r.fetMin = 1000;
+    r.fetMean = 600000;
+    r.nakPacketNumber = 2;
+    r.rdmaPacketNumber = 100000;
+    r.rdmaMessageNumber = 2500;
+    r.sequenceNumber = 987654;
+    return r;
+}
+
+/* ---------------------------------------------------------------- runners */
+
+template <typename Rec>
+void RunOurs(benchmark::State &state, const Rec &rec, int32_t (*encode)(const Rec *, uint8_t *, int32_t))
+{
+    static uint8_t buffer[kBufferSize];
+    int32_t used = 0;
+    for (auto _ : state) {
+        if (used > kBufferSize - kRoomKept) {
+            used = 0;
+        }
+        const int32_t ret = encode(&rec, buffer + used, kBufferSize - used);
+        if (ret <= 0) {
+            state.SkipWithError("encoder failed");
+            break;
+        }
+        used += ret;
+        benchmark::DoNotOptimize(buffer);
+    }
+    benchmark::ClobberMemory();
+}
+
+template <typename Rec>
+void RunGpbReference(benchmark::State &state, const Rec &rec, const Sensor<Rec> &sensor)
+{
+    /* The reference must write exactly what the encoder writes. */
+    uint8_t ours[1024];
+    std::string theirs;
+    {
+        google::protobuf::io::StringOutputStream out(&theirs);
+        CodedOutputStream s(&out);
+        WriteReference(rec, sensor.container, s);
+    }
+    const int32_t len = sensor.gpb(&rec, ours, sizeof(ours));
+    if (len < 0 || theirs != std::string(reinterpret_cast<char *>(ours), static_cast<size_t>(len))) {
+        state.SkipWithError("reference bytes differ from the encoder's");
+        return;
+    }
+
+    static uint8_t buffer[kBufferSize];
+    std::optional<ArrayOutputStream> array;
+    std::optional<CodedOutputStream> stream;
+    for (auto _ : state) {
+        if (!stream || stream->ByteCount() > kBufferSize - kRoomKept) {
+            stream.reset();
+            array.emplace(buffer, kBufferSize);
+            stream.emplace(&*array);
+        }
+        WriteReference(rec, sensor.container, *stream);
+        benchmark::DoNotOptimize(buffer);
+    }
+    stream.reset();
+    benchmark::ClobberMemory();
+}
+
+/* The schemas of proto/, beside this file's directory. */
+struct Schemas {
+    google::protobuf::compiler::DiskSourceTree tree;
+    struct Quiet : google::protobuf::compiler::MultiFileErrorCollector {
+        void AddError(const std::string &, int, int, const std::string &) override {}
+    } errors;
+    google::protobuf::compiler::Importer importer{&tree, &errors};
+    google::protobuf::DynamicMessageFactory factory;
+
+    Schemas()
+    {
+        std::string dir = __FILE__;
+        dir = dir.substr(0, dir.rfind('/'));
+        tree.MapPath("", dir.substr(0, dir.rfind('/')) + "/proto");
+    }
+};
+
+template <typename Rec>
+void RunJsonReference(benchmark::State &state, const Rec &rec, const Sensor<Rec> &sensor)
+{
+    static Schemas *schemas = new Schemas();
+    if (schemas->importer.Import(sensor.protoFile) == nullptr) {
+        state.SkipWithError("schema not found");
+        return;
+    }
+    const google::protobuf::Descriptor *desc = schemas->importer.pool()->FindMessageTypeByName(sensor.recordName);
+    std::vector<const FieldDescriptor *> byNumber(32, nullptr);
+    for (int i = 0; i < desc->field_count(); ++i) {
+        byNumber[desc->field(i)->number()] = desc->field(i);
+    }
+    std::unique_ptr<Message> msg(schemas->factory.GetPrototype(desc)->New());
+    google::protobuf::util::JsonPrintOptions options;
+    options.preserve_proto_field_names = true;
+    std::string out;
+    for (auto _ : state) {
+        msg->Clear();
+        Texts t{};
+        MakeTexts(rec, t);
+        DynamicVisitor set{msg.get(), byNumber};
+        Visit(rec, t, set);
+        out.clear();
+        if (!google::protobuf::util::MessageToJsonString(*msg, &out, options).ok()) {
+            state.SkipWithError("printer failed");
+            break;
+        }
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+
+#define MDTLM_SENSOR_BENCH(Name, sensor, makeRecord)                                                             \
+    void BM_##Name##_Gpb(benchmark::State &state) { RunOurs(state, makeRecord(state.range(0)), sensor.gpb); }   \
+    void BM_##Name##_Gpb_Reference(benchmark::State &state)                                                    \
+    {                                                                                                          \
+        RunGpbReference(state, makeRecord(state.range(0)), sensor);                                            \
+    }                                                                                                          \
+    void BM_##Name##_Json(benchmark::State &state) { RunOurs(state, makeRecord(state.range(0)), sensor.json); } \
+    void BM_##Name##_Json_Reference(benchmark::State &state)                                                   \
+    {                                                                                                          \
+        RunJsonReference(state, makeRecord(state.range(0)), sensor);                                           \
+    }
+
+MDTLM_SENSOR_BENCH(ExportFlowCache, kZelk, ZelkRecord)
+MDTLM_SENSOR_BENCH(ResultStatistic, kQuma, QumaRecord)
+MDTLM_SENSOR_BENCH(IoServiceFlow, kSrvtlm, SrvtlmRecord)
+MDTLM_SENSOR_BENCH(IoServiceThroughput, kFct, FctRecord)
+
+/* Argument: address family (0 IPv4, 1 IPv6) where the record has one. */
+BENCHMARK(BM_ExportFlowCache_Gpb)->Arg(0);
+BENCHMARK(BM_ExportFlowCache_Gpb_Reference)->Arg(0);
+BENCHMARK(BM_ExportFlowCache_Json)->Arg(0);
+BENCHMARK(BM_ExportFlowCache_Json_Reference)->Arg(0);
+BENCHMARK(BM_ResultStatistic_Gpb)->Arg(0);
+BENCHMARK(BM_ResultStatistic_Gpb_Reference)->Arg(0);
+BENCHMARK(BM_ResultStatistic_Json)->Arg(0);
+BENCHMARK(BM_ResultStatistic_Json_Reference)->Arg(0);
+BENCHMARK(BM_IoServiceFlow_Gpb)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceFlow_Gpb_Reference)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceFlow_Json)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceFlow_Json_Reference)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceThroughput_Gpb)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceThroughput_Gpb_Reference)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceThroughput_Json)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceThroughput_Json_Reference)->Arg(0)->Arg(1);
+
+} // namespace

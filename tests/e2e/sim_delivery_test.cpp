@@ -1,0 +1,320 @@
+/*
+ * The whole path on a host: the simulator loads the plug-in, subscribes tasks,
+ * sends a scripted run of records over the statistics channel, and records
+ * every uploaded sample. Each record must reach exactly the tasks whose
+ * conditions and filters it passes, in the order sent, with the per-task
+ * sequence numbers of the flow sensor; the database must count what was
+ * offered, accepted and uploaded; and no buffer may be left over.
+ */
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "sim_runner.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct TaskSpec {
+    uint32_t id; /* task id; instance is 1 for even ids, 2 for odd ones */
+    const char *sensor;
+    const char *settings; /* the rest of the task's configuration */
+};
+
+const TaskSpec kTasks[] = {
+    {11, "flow", R"("encoding": "gpb")"},
+    {12, "flow", R"("encoding": "json", "conditions": [{"name": "flow-id", "value": "1048578"}])"},
+    {13, "flow", R"("encoding": "gpb", "filter-logic": "or", "filters": [
+        {"name": "byte-count", "operator": "gt", "threshold": 4294967296},
+        {"name": "packet-count", "operator": "eq", "threshold": 7}])"},
+    {14, "flow", R"("encoding": "json", "conditions": [{"name": "direction", "value": "4"}],
+        "filter-logic": "and", "filters": [
+        {"name": "byte-count", "operator": "gt", "threshold": 4294967296},
+        {"name": "if-index", "operator": "lt", "threshold": 10}])"},
+    {21, "flow-hop", R"("encoding": "json", "filters": [{"name": "total-delay", "operator": "eq", "threshold": 3}])"},
+    {31, "io-flow", R"("encoding": "gpb", "conditions": [{"name": "address-family", "value": "1"},
+        {"name": "source-ip", "value": "2001:db8:0:0:0:0:0:1"}])"},
+    {41, "result", R"("encoding": "gpb", "conditions": [{"name": "id", "value": "7"}])"},
+    {42, "result", R"("encoding": "json")"},
+    {51, "io-throughput", R"("encoding": "json", "conditions": [{"name": "slot-id", "value": "3"}])"},
+    {61, "export-cache", R"("encoding": "json", "conditions": [{"name": "source-ip", "value": "10.0.0.1"}])"},
+    {62, "export-cache", R"("encoding": "gpb", "filters": [{"name": "state", "operator": "ge", "threshold": 2}])"},
+};
+
+/* The field that tells the records of a sensor apart, as both encodings name it (after '_' -> '-'). */
+const std::map<std::string, std::string> kKeyField = {
+    {"flow", "timestamp-nanosecond"}, {"flow-hop", "timestamp-nanosecond"}, {"io-flow", "sequence-number"},
+    {"result", "time-stamp"},         {"io-throughput", "sequence-number"}, {"export-cache", "seed"},
+};
+
+struct RecordSpec {
+    const char *sensor;
+    uint64_t key;
+    const char *fields;
+    std::set<uint32_t> accepted;    /* tasks whose conditions and filters it passes */
+    std::set<uint32_t> unencodable; /* of those, tasks that cannot encode it */
+    bool shortBody = false;         /* sent shorter than the sensor's record: refused at intake */
+};
+
+/* Sent in this order, one record per datagram. */
+const RecordSpec kRecords[] = {
+    {"flow", 1, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 1, "source-ip": "10.0.0.1",
+        "byte-count": 100, "packet-count": 7, "if-index": 5, "direction": 1, "cast-type": 1)",
+     {11, 12, 13}, {}},
+    {"export-cache", 301, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 0, "recovery-mode": 2,
+        "op-mode": 1)",
+     {61}, {}},
+    {"flow", 2, R"("flow-id-low": 2, "address-family": 1, "byte-count": 5000000000, "packet-count": 1,
+        "if-index": 20, "direction": 2, "cast-type": 2)",
+     {11, 13}, {}},
+    {"result", 201, R"("id": 7, "protocol": 1, "acl-name": "edge")", {41, 42}, {}},
+    {"flow-hop", 101, R"("total-delay": 3, "cast-type": 1)", {21}, {}},
+    {"io-flow", 1, R"("address-family": 1, "source-ip": "2001:db8::1", "destination-ip": "2001:db8::2")", {31}, {}},
+    {"io-throughput", 11, R"("slot-id": 3, "address-family": 0, "source-ip": "10.0.0.1")", {51}, {}},
+    {"flow", 3, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 2, "source-ip": "2001:db8::5",
+        "byte-count": 4294967297, "if-index": 3, "direction": 2, "cast-type": 1)",
+     {11, 12, 13, 14}, {}},
+    {"export-cache", 302, R"("source-ip": "10.0.0.2", "protocol-id": 6, "state": 2, "recovery-mode": 3,
+        "op-mode": 4)",
+     {62}, {}},
+    {"flow", 4, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 1, "packet-count": 7,
+        "body-length": 100)",
+     {}, {}, true},
+    {"result", 202, R"("id": 8, "protocol": 9)", {42}, {42}},
+    {"flow-hop", 102, R"("total-delay": 768, "cast-type": 2)", {}, {}},
+    {"io-flow", 2, R"("address-family": 0, "source-ip": "10.0.0.1")", {}, {}},
+    {"io-throughput", 12, R"("slot-id": 4, "address-family": 0)", {}, {}},
+    {"flow", 5, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 3, "packet-count": 7, "direction": 1,
+        "cast-type": 1)",
+     {11, 12, 13}, {11, 12, 13}},
+    {"export-cache", 303, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 3, "recovery-mode": 2,
+        "op-mode": 2)",
+     {61, 62}, {}},
+    {"result", 203, R"("id": 7, "protocol": 9)", {41, 42}, {42}},
+    {"io-flow", 3, R"("address-family": 1, "source-ip": "2001:db8::2")", {}, {}},
+    {"io-throughput", 13, R"("slot-id": 3, "address-family": 1, "source-ip": "2001:db8::1")", {51}, {}},
+    {"flow", 6, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 1, "byte-count": 4294967296,
+        "packet-count": 8, "if-index": 9, "direction": 2, "cast-type": 2)",
+     {11, 12}, {}},
+    {"export-cache", 304, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 4, "recovery-mode": 2,
+        "op-mode": 0)",
+     {61, 62}, {61}},
+};
+
+std::string ConfigText()
+{
+    std::string text = "{\"tasks\": [\n";
+    for (const TaskSpec &task : kTasks) {
+        text += std::string(&task == kTasks ? "" : ",\n") + " {\"sensor\": \"" + task.sensor +
+                "\", \"instance\": " + std::to_string(task.id % 2 == 0 ? 1 : 2) +
+                ", \"task\": " + std::to_string(task.id) + ", " + task.settings + "}";
+    }
+    return text + "\n]}\n";
+}
+
+std::string ScriptText()
+{
+    std::string text = "[\n";
+    for (const RecordSpec &record : kRecords) {
+        text += std::string(&record == kRecords ? "" : ",\n") + " {\"sensor\": \"" + record.sensor + "\", \"" +
+                kKeyField.at(record.sensor) + "\": " + std::to_string(record.key) + ", " + record.fields + "}";
+    }
+    return text + "\n]\n";
+}
+
+/* Record keys of both encodings in one spelling. */
+Json Normalised(const Json &record)
+{
+    Json out = Json::object();
+    for (const auto &[key, value] : record.items()) {
+        std::string name = key;
+        std::replace(name.begin(), name.end(), '_', '-');
+        out[name] = value;
+    }
+    return out;
+}
+
+uint64_t Number(const Json &value)
+{
+    return value.is_string() ? std::stoull(value.get<std::string>()) : value.get<uint64_t>();
+}
+
+const TaskSpec &TaskById(uint32_t id)
+{
+    return *std::find_if(std::begin(kTasks), std::end(kTasks), [id](const TaskSpec &t) { return t.id == id; });
+}
+
+/* Flow sequence numbers: per task and cast type, the records of the sensor offered before this one. */
+std::map<uint64_t, uint32_t> ExpectedFlowSequence()
+{
+    std::map<uint64_t, uint32_t> sequence;
+    uint32_t unicast = 0;
+    uint32_t multicast = 0;
+    for (const RecordSpec &record : kRecords) {
+        if (std::string(record.sensor) != "flow" || record.shortBody) {
+            continue;
+        }
+        bool isUnicast = std::string(record.fields).find("\"cast-type\": 1") != std::string::npos;
+        sequence[record.key] = isUnicast ? unicast++ : multicast++;
+    }
+    return sequence;
+}
+
+struct StatRow {
+    int64_t recv = -1;
+    int64_t match = -1;
+    int64_t uploadOk = -1;
+    int64_t uploadFail = -1;
+};
+
+std::map<uint32_t, StatRow> ReadTaskStats(const std::string &path)
+{
+    std::map<uint32_t, StatRow> rows;
+    sqlite3 *db = nullptr;
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
+        sqlite3_close(db);
+        return rows;
+    }
+    sqlite3_stmt *stmt = nullptr;
+    if (sqlite3_prepare_v2(db,
+                           "SELECT task_id, recv_msg_count, match_item_count, upload_ok_count, upload_fail_count "
+                           "FROM fem_mdtlm_stat",
+                           -1, &stmt, nullptr) == SQLITE_OK) {
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
+            rows[static_cast<uint32_t>(sqlite3_column_int64(stmt, 0))] = {
+                sqlite3_column_int64(stmt, 1), sqlite3_column_int64(stmt, 2), sqlite3_column_int64(stmt, 3),
+                sqlite3_column_int64(stmt, 4)};
+        }
+    }
+    sqlite3_finalize(stmt);
+    sqlite3_close(db);
+    return rows;
+}
+
+std::vector<Json> ReadLines(const std::string &path)
+{
+    std::vector<Json> lines;
+    std::istringstream in(ReadFile(path));
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(Json::parse(line));
+    }
+    return lines;
+}
+
+class SimDelivery : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        dir_.Write("tasks.json", ConfigText());
+        dir_.Write("records.json", ScriptText());
+        run_ = RunSimulator(dir_, {"--plugin", std::string(MDTLM_BUILD_DIR) + "/libmdtlm_vraldcn.so", "--config",
+                                   "tasks.json", "--records", "records.json", "--port", "0", "--quiet", "--out",
+                                   "samples.ndjson", "--db", "sim.db", "--proto-dir", MDTLM_PROTO_DIR});
+        lines_ = ReadLines(dir_.File("samples.ndjson")); std::fprintf(stderr, "%s\n----\n%s", run_.err.c_str(), ReadFile(dir_.File("samples.ndjson")).c_str());
+        for (const Json &line : lines_) {
+            uint32_t task = line.at("task").get<uint32_t>();
+            ++samples_[task];
+            for (const Json &record : line.at("records")) {
+                uploaded_[task].push_back(Normalised(record));
+            }
+        }
+    }
+
+    ScratchDir dir_;
+    SimRun run_;
+    std::vector<Json> lines_;
+    std::map<uint32_t, std::vector<Json>> uploaded_; /* by task id, in upload order */
+    std::map<uint32_t, int64_t> samples_;
+};
+
+TEST_F(SimDelivery, StopsCleanlyWithEveryBufferReturned)
+{
+    EXPECT_EQ(run_.exitCode, 0) << run_.err;
+    EXPECT_NE(run_.err.find("mdtlm-sim: clean stop"), std::string::npos) << run_.err;
+    EXPECT_NE(run_.err.find(", 0 outstanding (0 bytes)"), std::string::npos) << run_.err;
+    /* The short flow record is refused at intake and reported as such. */
+    EXPECT_NE(run_.err.find("1 short messages refused"), std::string::npos) << run_.err;
+    EXPECT_NE(run_.err.find("sent " + std::to_string(std::size(kRecords)) + " messages"), std::string::npos)
+        << run_.err;
+}
+
+TEST_F(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrder)
+{
+    ASSERT_EQ(run_.exitCode, 0) << run_.err;
+    for (const TaskSpec &task : kTasks) {
+        std::vector<uint64_t> expected;
+        for (const RecordSpec &record : kRecords) {
+            if (record.sensor == std::string(task.sensor) && record.accepted.count(task.id) &&
+                !record.unencodable.count(task.id)) {
+                expected.push_back(record.key);
+            }
+        }
+        std::vector<uint64_t> got;
+        for (const Json &record : uploaded_[task.id]) {
+            ASSERT_TRUE(record.contains(kKeyField.at(task.sensor))) << record.dump();
+            got.push_back(Number(record.at(kKeyField.at(task.sensor))));
+        }
+        EXPECT_EQ(got, expected) << "task " << task.id << " (" << task.sensor << ")";
+    }
+}
+
+TEST_F(SimDelivery, FlowRecordsCarryEachTasksOwnSequenceNumbers)
+{
+    ASSERT_EQ(run_.exitCode, 0) << run_.err;
+    std::map<uint64_t, uint32_t> sequence = ExpectedFlowSequence();
+    for (uint32_t task : {11u, 12u, 13u, 14u}) {
+        ASSERT_FALSE(uploaded_[task].empty()) << "task " << task;
+        for (const Json &record : uploaded_[task]) {
+            uint64_t key = Number(record.at("timestamp-nanosecond"));
+            EXPECT_EQ(Number(record.at("sequence-number")), sequence.at(key)) << "task " << task << " record " << key;
+        }
+    }
+}
+
+TEST_F(SimDelivery, SamplesAreWholeAndNamedAfterTheirTasks)
+{
+    ASSERT_EQ(run_.exitCode, 0) << run_.err;
+    ASSERT_FALSE(lines_.empty());
+    for (const Json &line : lines_) {
+        const TaskSpec &task = TaskById(line.at("task").get<uint32_t>());
+        EXPECT_EQ(line.at("instance").get<uint32_t>(), task.id % 2 == 0 ? 1u : 2u);
+        EXPECT_EQ(line.at("sensor").get<std::string>(), task.sensor);
+        bool json = std::string(task.settings).find("\"json\"") != std::string::npos;
+        EXPECT_EQ(line.at("encoding").get<std::string>(), json ? "json" : "gpb");
+        EXPECT_EQ(line.at("items").get<size_t>(), line.at("records").size()) << line.dump();
+        EXPECT_FALSE(line.contains("problem")) << line.dump();
+        EXPECT_GT(line.at("timestamp").get<uint64_t>(), 1500000000000u);
+    }
+}
+
+TEST_F(SimDelivery, DatabaseCountsOfferedAcceptedAndUploaded)
+{
+    ASSERT_EQ(run_.exitCode, 0) << run_.err;
+    std::map<uint32_t, StatRow> rows = ReadTaskStats(dir_.File("sim.db"));
+    for (const TaskSpec &task : kTasks) {
+        int64_t offered = 0;
+        int64_t accepted = 0;
+        for (const RecordSpec &record : kRecords) {
+            if (record.sensor == std::string(task.sensor) && !record.shortBody) {
+                ++offered;
+                accepted += record.accepted.count(task.id);
+            }
+        }
+        ASSERT_TRUE(rows.count(task.id)) << "no statistics row for task " << task.id;
+        const StatRow &row = rows[task.id];
+        EXPECT_EQ(row.recv, offered) << "task " << task.id;
+        EXPECT_EQ(row.match, accepted) << "task " << task.id;
+        EXPECT_EQ(row.uploadOk, samples_[task.id]) << "task " << task.id;
+        EXPECT_EQ(row.uploadFail, 0) << "task " << task.id;
+    }
+}
+
+} // namespace
