@@ -44,7 +44,9 @@ extern "C" uint32_t MDTLM_VRALDCN_TASK_FormatStatsData(uint32_t sensorType, uint
         if (header == nullptr) {
             return 1;
         }
-        int written = sprintf_s(text, MDTLM_SAMPLE_DATA_SIZE, "%s", header);
+        /* The header lives in a 128-byte field; never read past it. */
+        int written =
+            sprintf_s(text, MDTLM_SAMPLE_DATA_SIZE, "%.*s", static_cast<int>(MDTLM_JSON_HEADER_LEN), header);
         if (written < 0) {
             return 1;
         }

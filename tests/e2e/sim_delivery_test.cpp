@@ -218,7 +218,7 @@ protected:
         run_ = RunSimulator(dir_, {"--plugin", std::string(MDTLM_BUILD_DIR) + "/libmdtlm_vraldcn.so", "--config",
                                    "tasks.json", "--records", "records.json", "--port", "0", "--quiet", "--out",
                                    "samples.ndjson", "--db", "sim.db", "--proto-dir", MDTLM_PROTO_DIR});
-        lines_ = ReadLines(dir_.File("samples.ndjson")); std::fprintf(stderr, "%s\n----\n%s", run_.err.c_str(), ReadFile(dir_.File("samples.ndjson")).c_str());
+        lines_ = ReadLines(dir_.File("samples.ndjson"));
         for (const Json &line : lines_) {
             uint32_t task = line.at("task").get<uint32_t>();
             ++samples_[task];

@@ -16,6 +16,12 @@
 #include <stdexcept>
 #include <thread>
 
+namespace {
+
+constexpr auto kPoll = std::chrono::milliseconds(20);
+
+} // namespace
+
 ScratchDir::ScratchDir()
 {
     std::string pattern = (std::filesystem::temp_directory_path() / "mdtlm-e2e-XXXXXX").string();
@@ -46,23 +52,20 @@ std::string ReadFile(const std::string &path)
     return text.str();
 }
 
-SimRun RunSimulator(const ScratchDir &dir, const std::vector<std::string> &args, int timeoutSeconds)
+ToolProcess::ToolProcess(const ScratchDir &dir, const std::string &tool, const std::vector<std::string> &args)
+    : outPath_(dir.File(tool + ".stdout")), errPath_(dir.File(tool + ".stderr"))
 {
-    std::string program = std::string(MDTLM_BUILD_DIR) + "/tools/mdtlm-sim";
-    std::string outPath = dir.File("sim.stdout");
-    std::string errPath = dir.File("sim.stderr");
-    std::vector<char *> argv;
-    argv.push_back(program.data());
+    std::string program = std::string(MDTLM_BUILD_DIR) + "/tools/" + tool;
     std::vector<std::string> copies = args;
+    std::vector<char *> argv{program.data()};
     for (std::string &arg : copies) {
         argv.push_back(arg.data());
     }
     argv.push_back(nullptr);
-
-    pid_t child = fork();
-    if (child == 0) {
-        int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_ = fork();
+    if (pid_ == 0) {
+        int out = open(outPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = open(errPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (out < 0 || err < 0 || chdir(dir.Path().c_str()) != 0) {
             _exit(127);
         }
@@ -71,23 +74,56 @@ SimRun RunSimulator(const ScratchDir &dir, const std::vector<std::string> &args,
         execv(program.c_str(), argv.data());
         _exit(127);
     }
+}
+
+ToolProcess::~ToolProcess()
+{
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+}
+
+std::string ToolProcess::ErrSoFar() const
+{
+    return ReadFile(errPath_);
+}
+
+bool ToolProcess::WaitForErr(const std::string &text, int timeoutSeconds)
+{
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
+    while (ErrSoFar().find(text) == std::string::npos) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(kPoll);
+    }
+    return true;
+}
+
+SimRun ToolProcess::Wait(int timeoutSeconds)
+{
     SimRun run;
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
     int status = 0;
-    for (;;) {
-        pid_t done = waitpid(child, &status, WNOHANG);
-        if (done == child) {
+    while (pid_ > 0) {
+        if (waitpid(pid_, &status, WNOHANG) == pid_) {
             run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-            break;
+            pid_ = -1;
+        } else if (std::chrono::steady_clock::now() >= deadline) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, &status, 0);
+            pid_ = -1;
+        } else {
+            std::this_thread::sleep_for(kPoll);
         }
-        if (std::chrono::steady_clock::now() >= deadline) {
-            kill(child, SIGKILL);
-            waitpid(child, &status, 0);
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    run.out = ReadFile(outPath);
-    run.err = ReadFile(errPath);
+    run.out = ReadFile(outPath_);
+    run.err = ReadFile(errPath_);
     return run;
+}
+
+SimRun RunSimulator(const ScratchDir &dir, const std::vector<std::string> &args, int timeoutSeconds)
+{
+    return ToolProcess(dir, "mdtlm-sim", args).Wait(timeoutSeconds);
 }

@@ -85,31 +85,13 @@ TEST(FlowMaps, NamesIdsAndOrder)
                        {"total-count", 15}, {"total-delay", 16}, {"tunnel-id", 19}, {"tunnel-mode", 20}}));
 }
 
-TEST(FlowDerived, ValuesSharedByBothSensors)
+TEST(FlowDerived, TunnelModeByFlagAndType)
 {
     struct Case {
         uint32_t flag, type, mode;
     };
     for (const Case &c : std::vector<Case>{{0, 1, 1}, {2, 2, 1}, {1, 1, 3}, {1, 2, 4}, {1, 7, 1}, {1, 0, 1}}) {
         EXPECT_EQ(MDTLM_VRALDCN_FLOW_GetTunnelMode(c.flag, c.type), c.mode) << c.flag << "/" << c.type;
-    }
-    struct Rec {
-        uint32_t high, low;
-        uint8_t code, family;
-        uint64_t flowId;
-        uint32_t direction, addressFamily;
-    };
-    for (const Rec &c : std::vector<Rec>{{4096, 0, 1, 1, kTwo32, 1, 0},
-                                         {1, 0x100000, 2, 2, 0x100000, 4, 1}, /* parts are ORed, not added */
-                                         {0xFFFFFFFF, 0xFFFFFFFF, 0, 3, 0xFFFFFFFFFFFFFull, 4, 1}}) {
-        MDTLM_FLOW_STATS_REC r{.tunnelType = 2, .tunnelFlag = 1, .addressFamily = c.family, .flowIdHigh = c.high,
-                               .flowIdLow = c.low, .direction = c.code, .errorInfoExt = 0xFFFFFFFE, .errorInfo = 9};
-        uint64_t flowId = 0;
-        uint32_t direction = 0, family = 0, mode = 0, err = 0, errExt = 0;
-        MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(&r, &flowId, &direction);
-        MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(&r, &family, &mode, &err, &errExt);
-        EXPECT_EQ(std::tie(flowId, direction, family, mode, err, errExt),
-                  std::make_tuple(c.flowId, c.direction, c.addressFamily, 4u, 9u, 0xFFFFFFFEu));
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <regex>
 
 #include "mdtlm_host.h"
 
@@ -66,8 +65,21 @@ void FakeFramework::FailAllocOfSize(uint32_t size, uint32_t k, uint32_t count)
 
 std::string FakeFramework::ShapeOf(const std::string &text)
 {
-    static const std::regex lineNo(R"(^\[([^\]:]*):[0-9]+\])");
-    return std::regex_replace(text, lineNo, "[$1:#]", std::regex_constants::format_first_only);
+    /* "[label:123]rest" becomes "[label:#]rest"; anything else stays as it is. */
+    if (text.empty() || text[0] != '[') {
+        return text;
+    }
+    size_t colon = text.find(':');
+    size_t close = text.find(']');
+    if (colon == std::string::npos || close == std::string::npos || colon > close || close == colon + 1) {
+        return text;
+    }
+    for (size_t i = colon + 1; i < close; ++i) {
+        if (text[i] < '0' || text[i] > '9') {
+            return text;
+        }
+    }
+    return text.substr(0, colon + 1) + "#" + text.substr(close);
 }
 
 std::vector<CapturedLog> FakeFramework::Logs() const
