@@ -70,6 +70,9 @@ uint32_t MDTLM_VRALDCN_FLOW_GetTunnelMode(uint32_t tunnelFlag, uint32_t tunnelTy
 
 void MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(const void *record, uint64_t *flowId, uint32_t *direction)
 {
+    if (record == nullptr) {
+        return;
+    }
     if (flowId != nullptr) {
         *flowId = (static_cast<uint64_t>(FLOW_FIELD(uint32_t, flowIdHigh)) << 20) | FLOW_FIELD(uint32_t, flowIdLow);
     }
@@ -81,6 +84,9 @@ void MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(const void *record, uint64_t *flowId, u
 void MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(const void *record, uint32_t *addressFamily, uint32_t *tunnelMode,
                                            uint32_t *errorInfo, uint32_t *errorInfoExt)
 {
+    if (record == nullptr) {
+        return;
+    }
     if (addressFamily != nullptr) {
         *addressFamily = FLOW_FIELD(uint8_t, addressFamily) == kFamilyIpv4 ? 0u : 1u;
     }
@@ -99,7 +105,7 @@ void MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(const void *record, uint32_t *address
 
 MDTLM_FLOW_DERIVED MDTLM_FlowDerive(const void *record)
 {
-    MDTLM_FLOW_DERIVED d;
+    MDTLM_FLOW_DERIVED d{};
     MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(record, &d.flowId, &d.direction);
     MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(record, &d.addressFamily, &d.tunnelMode, &d.errorInfo, &d.errorInfoExt);
     return d;

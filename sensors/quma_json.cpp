@@ -7,8 +7,8 @@
 #include "sensor_log_texts.h"
 #include "sensor_record_fields.h"
 
-/* The record body. The keys use underscores, all but "vxlan-reserved-value-second":
- * both spellings are part of the published record format. */
+/* The record body. The keys use underscores, all but "vxlan-reserved-value-second",
+ * which keeps its hyphens: collectors match the keys as written. */
 #define MDTLM_QUMA_JSON_BODY                                                                                   \
     "\"id\":%u,\"period_id\":%u,\"protocol\":\"%s\",\"rule_id\":\"%u\",\"acl_number\":%u,\"acl_name\":\"%s\"," \
     "\"vxlan_reserved_value\":%u,\"vxlan-reserved-value-second\":%u,\"input_packets\":%llu,"                 \

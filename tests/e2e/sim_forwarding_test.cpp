@@ -89,7 +89,8 @@ TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
     std::set<uint64_t> families;
     std::set<uint64_t> tunnelModes;
     uint64_t largest = 0;
-    for (const Json &record : RecordsByTask(lines)[10]) {
+    std::map<uint32_t, std::vector<Json>> records = RecordsByTask(lines);
+    for (const Json &record : records[10]) {
         families.insert(record.at("address-family").get<uint64_t>());
         tunnelModes.insert(record.at("tunnel-mode").get<uint64_t>());
         largest = std::max(largest, record.at("byte-count").get<uint64_t>());

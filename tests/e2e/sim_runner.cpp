@@ -89,6 +89,13 @@ std::string ToolProcess::ErrSoFar() const
     return ReadFile(errPath_);
 }
 
+void ToolProcess::Signal(int signal)
+{
+    if (pid_ > 0) {
+        kill(pid_, signal);
+    }
+}
+
 bool ToolProcess::WaitForErr(const std::string &text, int timeoutSeconds)
 {
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);

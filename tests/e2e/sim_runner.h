@@ -44,6 +44,8 @@ public:
     /* Waits until stderr so far contains `text`; false after `timeoutSeconds`. */
     bool WaitForErr(const std::string &text, int timeoutSeconds);
     std::string ErrSoFar() const;
+    /* Sends `signal` to the process. */
+    void Signal(int signal);
     /* Waits for the end (killing the process after `timeoutSeconds`). */
     SimRun Wait(int timeoutSeconds);
 

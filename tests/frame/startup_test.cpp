@@ -134,12 +134,3 @@ TEST_F(FrameTest, SecondStartupDeliversTheStartNotice)
     ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);
     EXPECT_EQ(Fw().Shapes().at(0), L("[VRALDCN_Init] start."));
 }
-
-TEST_F(FrameTest, DestoryWithNothingToReleaseCallsNoPlatformFunction)
-{
-    MDTLM_VRALDCN_Destory();
-    MDTLM_VRALDCN_Destory();
-    for (MDTLM_HOST_OP op : {MDTLM_HOST_OP_QUE_DESTROY, MDTLM_HOST_OP_CHAN_DESTROY, MDTLM_HOST_OP_EPOLL_DESTROY}) {
-        EXPECT_EQ(MDTLM_HOST_CallCount(op), 0u) << op;
-    }
-}

@@ -1,7 +1,6 @@
 /*
  * Full unload: the worker thread ends, every queue, the timer and the server
- * go, and what was still queued is released. The partial shut-down of a
- * failed start-up leaves the event queue and the timer to it.
+ * go, and what was still queued is released; also after a failed start-up.
  */
 #include <cstdint>
 #include <vector>
@@ -67,23 +66,6 @@ TEST_F(LoopTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
     MDTLM_HOST_CallCountReset();
     MDTLM_VRALDCN_Unload();
     EXPECT_EQ(CallsSinceReset(), (PlatformCalls{0, 0, 0, 0}));
-}
-
-TEST_F(LoopTest, DestoryLeavesEventQueueAndTimerForTheUnload)
-{
-    Start();
-    ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
-    int32_t timerId = g_mdtlmVralDcnTimerId;
-    MDTLM_HOST_CallCountReset();
-    MDTLM_VRALDCN_Destory();
-    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 1, 1, 0}));
-    EXPECT_NE(g_mdtlmVralDcnTaskEventHdl, nullptr);
-    EXPECT_EQ(g_mdtlmVralDcnTimerId, timerId);
-
-    MDTLM_HOST_CallCountReset();
-    MDTLM_VRALDCN_Unload();
-    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 0, 0, 1}));
-    ExpectNothingLeft();
 }
 
 TEST_F(LoopTest, UnloadAfterFailedStartup)

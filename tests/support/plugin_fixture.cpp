@@ -96,6 +96,7 @@ void PluginFixture::TearDown()
     }
     MDTLM_HOST_FaultClear();
     fw.FailAlloc(0, 0);
+    fw.FailAllocOfSize(0, 0, 0);
     for (const TaskKey &key : std::vector<TaskKey>(tasks_)) {
         DelTask(key.sensorType, key.instanceId, key.taskId);
     }

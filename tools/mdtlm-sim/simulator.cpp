@@ -156,19 +156,25 @@ bool Simulator::OpenOutputs()
     return true;
 }
 
+bool Simulator::PortAvailable() const
+{
+    if (options_.port == 0) {
+        return true;
+    }
+    std::string problem = PortProblem(static_cast<uint16_t>(options_.port));
+    if (!problem.empty()) {
+        std::fprintf(stderr,
+                     "mdtlm-sim: cannot bind the statistics channel to 127.0.0.1:%u: %s\n"
+                     "  (another simulator or test run may be using it; choose one with --port N, "
+                     "or --port 0 for any free port)\n",
+                     options_.port, problem.c_str());
+        return false;
+    }
+    return true;
+}
+
 bool Simulator::StartPlugin()
 {
-    if (options_.port != 0) {
-        std::string problem = PortProblem(static_cast<uint16_t>(options_.port));
-        if (!problem.empty()) {
-            std::fprintf(stderr,
-                         "mdtlm-sim: cannot bind the statistics channel to 127.0.0.1:%u: %s\n"
-                         "  (another simulator or test run may be using it; choose one with --port N, "
-                         "or --port 0 for any free port)\n",
-                         options_.port, problem.c_str());
-            return false;
-        }
-    }
     MDTLM_HOST_ChanSetPortOverride(options_.port != kDevicePort, static_cast<uint16_t>(options_.port));
     MDTLM_HOST_SetFrameworkTable(framework_.Table());
     InitFunc init = nullptr;
@@ -415,7 +421,7 @@ int Simulator::Finish(bool cleanSoFar)
 int Simulator::Run()
 {
     start_ = std::chrono::steady_clock::now();
-    if (!OpenOutputs()) {
+    if (!PortAvailable() || !OpenOutputs()) {
         return kExitFailure;
     }
     if (!StartPlugin() || !Subscribe()) {

@@ -44,6 +44,7 @@ private:
     using UnloadFunc = void (*)(void);
     using CounterFunc = uint64_t (*)(void);
 
+    bool PortAvailable() const;
     bool OpenOutputs();
     bool StartPlugin();
     bool Subscribe();
