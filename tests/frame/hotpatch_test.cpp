@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin_fixture.h"
+#include "frame_fixture.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "plugin_fixture.h"
+#include "frame_fixture.h"
 
 using FrameTest = PluginTest;
 

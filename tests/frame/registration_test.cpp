@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-#include "plugin_fixture.h"
+#include "frame_fixture.h"
 
 namespace {
 

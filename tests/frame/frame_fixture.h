@@ -4,8 +4,8 @@
  * loop with Pump) and binds the channel on a port of its own. Every test ends
  * with a full unload and no framework buffer left.
  */
-#ifndef MDTLM_TEST_PLUGIN_FIXTURE_H
-#define MDTLM_TEST_PLUGIN_FIXTURE_H
+#ifndef MDTLM_TEST_FRAME_PLUGIN_FIXTURE_H
+#define MDTLM_TEST_FRAME_PLUGIN_FIXTURE_H
 
 #include <gtest/gtest.h>
 
@@ -106,4 +106,4 @@ private:
     MDTLM_TASK_NODE *node_;
 };
 
-#endif /* MDTLM_TEST_PLUGIN_FIXTURE_H */
+#endif /* MDTLM_TEST_FRAME_PLUGIN_FIXTURE_H */
