@@ -59,13 +59,13 @@ public:
         std::lock_guard<std::mutex> lock(mu_);
         if (closed_)
             return false;
-        itimerspec spec{};
+        itimerspec period{};
         if (running) {
-            spec.it_interval.tv_sec = periodMs_ / 1000;
-            spec.it_interval.tv_nsec = static_cast<long>(periodMs_ % 1000) * 1000000L;
-            spec.it_value = spec.it_interval;
+            period.it_interval.tv_sec = periodMs_ / 1000;
+            period.it_interval.tv_nsec = static_cast<long>(periodMs_ % 1000) * 1000000L;
+            period.it_value = period.it_interval;
         }
-        return timerfd_settime(timerFd_.Get(), 0, &spec, nullptr) == 0;
+        return timerfd_settime(timerFd_.Get(), 0, &period, nullptr) == 0;
     }
 
     bool Fire(uint32_t ticks)

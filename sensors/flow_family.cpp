@@ -91,7 +91,8 @@ void MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(const void *record, uint32_t *address
         *addressFamily = FLOW_FIELD(uint8_t, addressFamily) == kFamilyIpv4 ? 0u : 1u;
     }
     if (tunnelMode != nullptr) {
-        *tunnelMode = MDTLM_VRALDCN_FLOW_GetTunnelMode(FLOW_FIELD(uint32_t, tunnelFlag), FLOW_FIELD(uint32_t, tunnelType));
+        *tunnelMode =
+            MDTLM_VRALDCN_FLOW_GetTunnelMode(FLOW_FIELD(uint32_t, tunnelFlag), FLOW_FIELD(uint32_t, tunnelType));
     }
     if (errorInfo != nullptr) {
         *errorInfo = FLOW_FIELD(uint8_t, errorInfo);

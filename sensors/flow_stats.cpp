@@ -37,9 +37,18 @@ const MDTLM_FILTER_MAP_ENTRY g_mdTlmFlowStatsCondMap[2] = {
 };
 
 const MDTLM_FILTER_MAP_ENTRY g_mdTlmFlowStatsFilterMap[13] = {
-    {"byte-count", 11},       {"error-info-ext", 7},        {"flow-id", 0},           {"if-index", 6},
-    {"packet-count", 10},     {"period-id", 9},             {"queue-pair", 14},       {"sequence-number", 15},
-    {"timestamp-nanosecond", 13}, {"timestamp-second", 12}, {"tunnel-id", 16},        {"tunnel-mode", 17},
+    {"byte-count", 11},
+    {"error-info-ext", 7},
+    {"flow-id", 0},
+    {"if-index", 6},
+    {"packet-count", 10},
+    {"period-id", 9},
+    {"queue-pair", 14},
+    {"sequence-number", 15},
+    {"timestamp-nanosecond", 13},
+    {"timestamp-second", 12},
+    {"tunnel-id", 16},
+    {"tunnel-mode", 17},
     {"vlan", 18},
 };
 

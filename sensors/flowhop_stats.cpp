@@ -40,11 +40,21 @@ const MDTLM_FILTER_MAP_ENTRY g_femMdTlmFlowHopStatsCondMap[2] = {
 };
 
 const MDTLM_FILTER_MAP_ENTRY g_mdTlmFlowHopStatsFilterMap[15] = {
-    {"byte-count", 12},       {"error-info-ext", 8},   {"flow-id", 0},
-    {"if-index", 6},          {"maximum-delay", 7},    {"packet-count", 11},
-    {"period-id", 10},        {"queue-pair", 17},      {"sequence-number", 18},
-    {"timestamp-nanosecond", 13}, {"timestamp-second", 14}, {"total-count", 15},
-    {"total-delay", 16},      {"tunnel-id", 19},       {"tunnel-mode", 20},
+    {"byte-count", 12},
+    {"error-info-ext", 8},
+    {"flow-id", 0},
+    {"if-index", 6},
+    {"maximum-delay", 7},
+    {"packet-count", 11},
+    {"period-id", 10},
+    {"queue-pair", 17},
+    {"sequence-number", 18},
+    {"timestamp-nanosecond", 13},
+    {"timestamp-second", 14},
+    {"total-count", 15},
+    {"total-delay", 16},
+    {"tunnel-id", 19},
+    {"tunnel-mode", 20},
 };
 
 uint32_t MDTLM_VRALDCN_FlowHopCmpFieldWithInfo(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,

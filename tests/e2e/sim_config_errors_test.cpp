@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <ostream>
 #include <string>
 
 #include "sim_runner.h"
@@ -28,6 +29,12 @@ struct BadConfig {
     const char *field;   /* as the message names it; empty for syntax errors */
     const char *because; /* a piece of the explanation */
 };
+
+/* Test names show the case's name instead of its bytes. */
+void PrintTo(const BadConfig &item, std::ostream *out)
+{
+    *out << item.name;
+}
 
 const BadConfig kBadConfigs[] = {
     {"UnknownOperator",

@@ -23,13 +23,13 @@ namespace {
 
 using Json = nlohmann::json;
 
-struct TaskSpec {
+struct TaskCase {
     uint32_t id; /* task id; instance is 1 for even ids, 2 for odd ones */
     const char *sensor;
     const char *settings; /* the rest of the task's configuration */
 };
 
-const TaskSpec kTasks[] = {
+const TaskCase kTasks[] = {
     {11, "flow", R"("encoding": "gpb")"},
     {12, "flow", R"("encoding": "json", "conditions": [{"name": "flow-id", "value": "1048578"}])"},
     {13, "flow", R"("encoding": "gpb", "filter-logic": "or", "filters": [
@@ -55,7 +55,7 @@ const std::map<std::string, std::string> kKeyField = {
     {"result", "time-stamp"},         {"io-throughput", "sequence-number"}, {"export-cache", "seed"},
 };
 
-struct RecordSpec {
+struct RecordCase {
     const char *sensor;
     uint64_t key;
     const char *fields;
@@ -65,7 +65,7 @@ struct RecordSpec {
 };
 
 /* Sent in this order, one record per datagram. */
-const RecordSpec kRecords[] = {
+const RecordCase kRecords[] = {
     {"flow", 1, R"("flow-id-high": 1, "flow-id-low": 2, "address-family": 1, "source-ip": "10.0.0.1",
         "byte-count": 100, "packet-count": 7, "if-index": 5, "direction": 1, "cast-type": 1)",
      {11, 12, 13}, {}},
@@ -112,7 +112,7 @@ const RecordSpec kRecords[] = {
 std::string ConfigText()
 {
     std::string text = "{\"tasks\": [\n";
-    for (const TaskSpec &task : kTasks) {
+    for (const TaskCase &task : kTasks) {
         text += std::string(&task == kTasks ? "" : ",\n") + " {\"sensor\": \"" + task.sensor +
                 "\", \"instance\": " + std::to_string(task.id % 2 == 0 ? 1 : 2) +
                 ", \"task\": " + std::to_string(task.id) + ", " + task.settings + "}";
@@ -123,7 +123,7 @@ std::string ConfigText()
 std::string ScriptText()
 {
     std::string text = "[\n";
-    for (const RecordSpec &record : kRecords) {
+    for (const RecordCase &record : kRecords) {
         text += std::string(&record == kRecords ? "" : ",\n") + " {\"sensor\": \"" + record.sensor + "\", \"" +
                 kKeyField.at(record.sensor) + "\": " + std::to_string(record.key) + ", " + record.fields + "}";
     }
@@ -147,9 +147,9 @@ uint64_t Number(const Json &value)
     return value.is_string() ? std::stoull(value.get<std::string>()) : value.get<uint64_t>();
 }
 
-const TaskSpec &TaskById(uint32_t id)
+const TaskCase &TaskById(uint32_t id)
 {
-    return *std::find_if(std::begin(kTasks), std::end(kTasks), [id](const TaskSpec &t) { return t.id == id; });
+    return *std::find_if(std::begin(kTasks), std::end(kTasks), [id](const TaskCase &t) { return t.id == id; });
 }
 
 /* Flow sequence numbers: per task and cast type, the records of the sensor offered before this one. */
@@ -158,7 +158,7 @@ std::map<uint64_t, uint32_t> ExpectedFlowSequence()
     std::map<uint64_t, uint32_t> sequence;
     uint32_t unicast = 0;
     uint32_t multicast = 0;
-    for (const RecordSpec &record : kRecords) {
+    for (const RecordCase &record : kRecords) {
         if (std::string(record.sensor) != "flow" || record.shortBody) {
             continue;
         }
@@ -249,9 +249,9 @@ TEST_F(SimDelivery, StopsCleanlyWithEveryBufferReturned)
 TEST_F(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrder)
 {
     ASSERT_EQ(run_.exitCode, 0) << run_.err;
-    for (const TaskSpec &task : kTasks) {
+    for (const TaskCase &task : kTasks) {
         std::vector<uint64_t> expected;
-        for (const RecordSpec &record : kRecords) {
+        for (const RecordCase &record : kRecords) {
             if (record.sensor == std::string(task.sensor) && record.accepted.count(task.id) &&
                 !record.unencodable.count(task.id)) {
                 expected.push_back(record.key);
@@ -284,7 +284,7 @@ TEST_F(SimDelivery, SamplesAreWholeAndNamedAfterTheirTasks)
     ASSERT_EQ(run_.exitCode, 0) << run_.err;
     ASSERT_FALSE(lines_.empty());
     for (const Json &line : lines_) {
-        const TaskSpec &task = TaskById(line.at("task").get<uint32_t>());
+        const TaskCase &task = TaskById(line.at("task").get<uint32_t>());
         EXPECT_EQ(line.at("instance").get<uint32_t>(), task.id % 2 == 0 ? 1u : 2u);
         EXPECT_EQ(line.at("sensor").get<std::string>(), task.sensor);
         bool json = std::string(task.settings).find("\"json\"") != std::string::npos;
@@ -299,10 +299,10 @@ TEST_F(SimDelivery, DatabaseCountsOfferedAcceptedAndUploaded)
 {
     ASSERT_EQ(run_.exitCode, 0) << run_.err;
     std::map<uint32_t, StatRow> rows = ReadTaskStats(dir_.File("sim.db"));
-    for (const TaskSpec &task : kTasks) {
+    for (const TaskCase &task : kTasks) {
         int64_t offered = 0;
         int64_t accepted = 0;
-        for (const RecordSpec &record : kRecords) {
+        for (const RecordCase &record : kRecords) {
             if (record.sensor == std::string(task.sensor) && !record.shortBody) {
                 ++offered;
                 accepted += record.accepted.count(task.id);

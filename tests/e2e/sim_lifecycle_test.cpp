@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <ostream>
 #include <string>
 
 #include "sim_runner.h"
@@ -27,6 +28,12 @@ struct StopSignal {
     const char *name;
     int signal;
 };
+
+/* Test names show the case's name instead of its bytes. */
+void PrintTo(const StopSignal &item, std::ostream *out)
+{
+    *out << item.name;
+}
 
 class SimStopsOnSignal : public testing::TestWithParam<StopSignal> {};
 

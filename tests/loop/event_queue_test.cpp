@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "../frame/plugin_fixture.h"
+#include "../frame/frame_fixture.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "../frame/plugin_fixture.h"
+#include "../frame/frame_fixture.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "../frame/plugin_fixture.h"
+#include "../frame/frame_fixture.h"
 
 namespace {
 

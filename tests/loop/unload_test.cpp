@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "../frame/plugin_fixture.h"
+#include "../frame/frame_fixture.h"
 
 namespace {
 

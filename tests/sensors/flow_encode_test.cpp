@@ -58,7 +58,8 @@ const Sensor kSensors[] = {
      MDTLM_PipelineEncoder<FlowRec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>,
      MDTLM_PipelineEncoder<FlowRec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>,
      CheckOf<FlowRec, MDTLM_VRALDCN_FLOW_JSON_CheckEncodePara>, &MDTLM_VRALDCN_FLOW_STATS_JSON_TEMPLATE,
-     &kFlowTemplate, {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42},
+     &kFlowTemplate,
+     {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42},
      37, 38, "[mdtlm.vraldcn.statis:#][VRALDCN_FLOW_GPB_EncodeMsg] Param error, msg is NULL."},
     {"flowhop", "flow_hop_statistics.proto", "mdtlm.flowhop.Sample", 3, 1335,
      MDTLM_PipelineEncoder<HopRec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>,
@@ -93,7 +94,10 @@ protected:
         return std::string(reinterpret_cast<char *>(out.data()), static_cast<size_t>(std::max(n, 0)));
     }
 
-    std::vector<Member> Expected(uint32_t seq) const { return IsFlow() ? Members(rec.flow, seq) : Members(rec.hop, seq); }
+    std::vector<Member> Expected(uint32_t seq) const
+    {
+        return IsFlow() ? Members(rec.flow, seq) : Members(rec.hop, seq);
+    }
     Texts ExpectedTexts() const { return IsFlow() ? TextsOf(rec.flow, kFlowIpv4Texts) : TextsOf(rec.hop); }
 
     FakeFramework &fw = FakeFramework::Get();
@@ -103,8 +107,10 @@ protected:
 /* Each group writer writes exactly its fields, in order, and refuses a
  * capacity one byte short of them. */
 template <typename Rec>
-void CheckGroups(const Rec &r,
-                 const std::vector<std::pair<int32_t (*)(const Rec *, uint8_t *, int32_t), std::vector<WireField>>> &cases)
+using GroupCases = std::vector<std::pair<int32_t (*)(const Rec *, uint8_t *, int32_t), std::vector<WireField>>>;
+
+template <typename Rec>
+void CheckGroups(const Rec &r, const GroupCases<Rec> &cases)
 {
     for (const auto &[writer, fields] : cases) {
         uint8_t out[512];
@@ -273,7 +279,8 @@ TEST(FlowEncodeBytes, GroupWritersWriteTheirFieldsInOrder)
 {
     const FlowRec f = FlowRecord();
     CheckGroups<FlowRec>(
-        f, {{MDTLM_VRALDCN_FLOW_GPB_EncodeFlowInfo, {I(1, FlowIdOf(4097, 0x12345)), I(2, 4), I(12, 33), I(14, 1000), I(25, 2)}},
+        f, {{MDTLM_VRALDCN_FLOW_GPB_EncodeFlowInfo,
+             {I(1, FlowIdOf(4097, 0x12345)), I(2, 4), I(12, 33), I(14, 1000), I(25, 2)}},
             {MDTLM_VRALDCN_FLOW_GPB_EncodeTuple,
              {I(3, 0), T(4, "192.168.10.1"), T(5, "10.0.0.2"), I(10, 17), I(8, 5000), I(9, 65535)}},
             {MDTLM_VRALDCN_FLOW_GPB_EncodeIpAddress, {T(4, "192.168.10.1"), T(5, "10.0.0.2")}},
