@@ -9,22 +9,19 @@
  */
 #include <benchmark/benchmark.h>
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string>
 
+#include "bench_support.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
 
-using google::protobuf::io::ArrayOutputStream;
 using google::protobuf::io::CodedOutputStream;
 
-constexpr int32_t kBufferSize = static_cast<int32_t>(MDTLM_SAMPLE_DATA_SIZE);
 constexpr int32_t kLargestField = 512; /* room kept free before every write */
 
 /* A value whose varint takes `bytes` bytes (1..10). */
@@ -40,20 +37,7 @@ const std::string kBlob(200, '\x5a');
 template <typename Write>
 void RunOurs(benchmark::State &state, Write write)
 {
-    static uint8_t buffer[kBufferSize];
-    int32_t used = 0;
-    for (auto _ : state) {
-        if (used > kBufferSize - kLargestField) {
-            used = 0;
-        }
-        const int32_t ret = write(buffer + used, kBufferSize - used);
-        if (ret < 0) {
-            state.SkipWithError("writer failed");
-            break;
-        }
-        used += ret;
-        benchmark::DoNotOptimize(buffer);
-    }
+    BenchAppendLoop(state, kLargestField, 0, "writer failed", write);
     benchmark::ClobberMemory();
 }
 
@@ -61,19 +45,7 @@ void RunOurs(benchmark::State &state, Write write)
 template <typename Write>
 void RunReference(benchmark::State &state, Write write)
 {
-    static uint8_t buffer[kBufferSize];
-    std::optional<ArrayOutputStream> array;
-    std::optional<CodedOutputStream> stream;
-    for (auto _ : state) {
-        if (!stream || stream->ByteCount() > kBufferSize - kLargestField) {
-            stream.reset();
-            array.emplace(buffer, kBufferSize);
-            stream.emplace(&*array);
-        }
-        write(*stream);
-        benchmark::DoNotOptimize(buffer);
-    }
-    stream.reset();
+    BenchStreamLoop(state, kLargestField, write);
     benchmark::ClobberMemory();
 }
 
@@ -140,9 +112,9 @@ void BM_LengthDelimitedField_Reference(benchmark::State &state)
 /* The bounded copy that every length-delimited field makes, on its own. */
 void BM_PlatformMemcpyS(benchmark::State &state)
 {
-    static uint8_t buffer[kBufferSize];
+    static uint8_t buffer[kBenchSampleSize];
     for (auto _ : state) {
-        benchmark::DoNotOptimize(memcpy_s(buffer, kBufferSize, kBlob.data(), kBlob.size()));
+        benchmark::DoNotOptimize(memcpy_s(buffer, kBenchSampleSize, kBlob.data(), kBlob.size()));
         benchmark::ClobberMemory();
     }
 }

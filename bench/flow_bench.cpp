@@ -14,16 +14,15 @@
 #include <google/protobuf/compiler/importer.h>
 #include <google/protobuf/dynamic_message.h>
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/util/json_util.h>
 
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
@@ -31,11 +30,28 @@ namespace {
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::Reflection;
-using google::protobuf::io::ArrayOutputStream;
 using google::protobuf::io::CodedOutputStream;
 
-constexpr int32_t kBufferSize = static_cast<int32_t>(MDTLM_SAMPLE_DATA_SIZE);
 constexpr int32_t kRoom = 1536; /* kept free before every record: the largest record and the JSON floor */
+
+/* The flow identification, counters and errors both records carry, past the
+ * head they share. */
+template <typename Rec>
+void SetSharedValues(Rec &r)
+{
+    r.flowIdHigh = 4097;
+    r.flowIdLow = 0x12345;
+    r.ifIndex = 33;
+    r.vlan = 4094;
+    r.direction = 1;
+    r.periodId = 5;
+    r.timestampSecond = 1700000000;
+    r.timestampNanosecond = 999999999;
+    r.packetCount = 123456789;
+    r.byteCount = 98765432100;
+    r.errorInfoExt = 3;
+    r.errorInfo = 1;
+}
 
 MDTLM_FLOW_STATS_REC MakeFlow(bool ipv6)
 {
@@ -60,19 +76,8 @@ MDTLM_FLOW_STATS_REC MakeFlow(bool ipv6)
     r.protocol = 17;
     r.srcPort = 5000;
     r.dstPort = 443;
-    r.flowIdHigh = 4097;
-    r.flowIdLow = 0x12345;
-    r.ifIndex = 33;
-    r.vlan = 4094;
-    r.direction = 1;
-    r.periodId = 5;
     r.reportPeriodIndex = 70;
-    r.timestampSecond = 1700000000;
-    r.timestampNanosecond = 999999999;
-    r.packetCount = 123456789;
-    r.byteCount = 98765432100;
-    r.errorInfoExt = 3;
-    r.errorInfo = 1;
+    SetSharedValues(r);
     return r;
 }
 
@@ -81,21 +86,10 @@ MDTLM_FLOWHOP_STATS_REC MakeFlowHop()
     const MDTLM_FLOW_STATS_REC flow = MakeFlow(false);
     MDTLM_FLOWHOP_STATS_REC r{};
     std::memcpy(&r, &flow, offsetof(MDTLM_FLOW_STATS_REC, srcAddr)); /* the head both records share */
-    r.flowIdHigh = 4097;
-    r.flowIdLow = 0x12345;
-    r.ifIndex = 33;
-    r.vlan = 4094;
-    r.direction = 1;
-    r.periodId = 5;
-    r.timestampSecond = 1700000000;
-    r.timestampNanosecond = 999999999;
+    SetSharedValues(r);
     r.maximumDelay = 5000;
     r.totalDelay = 700000;
     r.totalCount = 1000;
-    r.packetCount = 123456789;
-    r.byteCount = 98765432100;
-    r.errorInfoExt = 3;
-    r.errorInfo = 1;
     return r;
 }
 
@@ -104,20 +98,7 @@ MDTLM_FLOWHOP_STATS_REC MakeFlowHop()
 template <typename Rec>
 void RunPlugin(benchmark::State &state, int32_t (*encode)(const Rec *, uint8_t *, int32_t), const Rec &rec)
 {
-    static uint8_t buffer[kBufferSize];
-    int32_t used = 0;
-    for (auto _ : state) {
-        if (used > kBufferSize - kRoom) {
-            used = 0;
-        }
-        const int32_t ret = encode(&rec, buffer + used, kBufferSize - used);
-        if (ret <= 0) {
-            state.SkipWithError("encoder failed");
-            break;
-        }
-        used += ret;
-        benchmark::DoNotOptimize(buffer);
-    }
+    BenchAppendRecords(state, kRoom, encode, rec);
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -161,6 +142,45 @@ void Texts(const Rec &r, Body *b)
     std::snprintf(b->slot, sizeof(b->slot), "%.32s", r.slotId);
 }
 
+/* Field numbers of the statistics and packet values both records carry, in
+ * the order they are written, and of the closing sequence number and texts. */
+struct SharedNumbers {
+    uint32_t errorInfo, errorInfoExt, periodId, packetCount, byteCount, second, nanosecond;
+    uint32_t ttl, vlan, tunnelMode, tunnelId, outerTtl, queuePair;
+    uint32_t sequenceNumber, chassis, slot;
+};
+
+constexpr SharedNumbers kFlowNumbers = {13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42};
+constexpr SharedNumbers kHopNumbers = {4, 23, 5, 6, 7, 8, 9, 11, 29, 30, 31, 32, 33, 28, 35, 36};
+
+template <typename Rec>
+void DeriveShared(const Rec &r, const SharedNumbers &n, Body *b)
+{
+    b->Int(n.errorInfo, r.errorInfo);
+    b->Int(n.errorInfoExt, r.errorInfoExt);
+    b->Int(n.periodId, r.periodId);
+    b->Int(n.packetCount, r.packetCount);
+    b->Int(n.byteCount, r.byteCount);
+    b->Int(n.second, r.timestampSecond);
+    b->Int(n.nanosecond, r.timestampNanosecond);
+    b->Int(n.ttl, r.ttl);
+    b->Int(n.vlan, r.vlan);
+    b->Int(n.tunnelMode, TunnelMode(r.tunnelFlag, r.tunnelType));
+    if (r.tunnelFlag == 1) {
+        b->Int(n.tunnelId, r.tunnelId);
+        b->Int(n.outerTtl, r.outerTtl);
+    }
+    b->Int(n.queuePair, r.queuePair);
+}
+
+template <typename Rec>
+void DeriveClosing(const Rec &r, const SharedNumbers &n, Body *b)
+{
+    b->Int(n.sequenceNumber, r.sequenceNumber);
+    b->Str(n.chassis, b->chassis);
+    b->Str(n.slot, b->slot);
+}
+
 void Derive(const MDTLM_FLOW_STATS_REC &r, Body *b)
 {
     Texts(r, b);
@@ -177,24 +197,8 @@ void Derive(const MDTLM_FLOW_STATS_REC &r, Body *b)
     b->Int(10, r.protocol);
     b->Int(8, r.srcPort);
     b->Int(9, r.dstPort);
-    b->Int(13, r.errorInfo);
-    b->Int(33, r.errorInfoExt);
-    b->Int(15, r.periodId);
-    b->Int(16, r.packetCount);
-    b->Int(17, r.byteCount);
-    b->Int(18, r.timestampSecond);
-    b->Int(19, r.timestampNanosecond);
-    b->Int(21, r.ttl);
-    b->Int(23, r.vlan);
-    b->Int(36, TunnelMode(r.tunnelFlag, r.tunnelType));
-    if (r.tunnelFlag == 1) {
-        b->Int(37, r.tunnelId);
-        b->Int(38, r.outerTtl);
-    }
-    b->Int(39, r.queuePair);
-    b->Int(35, r.sequenceNumber);
-    b->Str(41, b->chassis);
-    b->Str(42, b->slot);
+    DeriveShared(r, kFlowNumbers, b);
+    DeriveClosing(r, kFlowNumbers, b);
 }
 
 void Derive(const MDTLM_FLOWHOP_STATS_REC &r, Body *b)
@@ -205,27 +209,11 @@ void Derive(const MDTLM_FLOWHOP_STATS_REC &r, Body *b)
     b->Int(3, r.ifIndex);
     b->Int(13, r.measureMode);
     b->Int(27, r.interval);
-    b->Int(4, r.errorInfo);
-    b->Int(23, r.errorInfoExt);
-    b->Int(5, r.periodId);
-    b->Int(6, r.packetCount);
-    b->Int(7, r.byteCount);
-    b->Int(8, r.timestampSecond);
-    b->Int(9, r.timestampNanosecond);
-    b->Int(11, r.ttl);
-    b->Int(29, r.vlan);
-    b->Int(30, TunnelMode(r.tunnelFlag, r.tunnelType));
-    if (r.tunnelFlag == 1) {
-        b->Int(31, r.tunnelId);
-        b->Int(32, r.outerTtl);
-    }
-    b->Int(33, r.queuePair);
+    DeriveShared(r, kHopNumbers, b);
     b->Int(14, uint32_t(r.maximumDelay << 8));
     b->Int(16, r.totalDelay << 8);
     b->Int(17, r.totalCount);
-    b->Int(28, r.sequenceNumber);
-    b->Str(35, b->chassis);
-    b->Str(36, b->slot);
+    DeriveClosing(r, kHopNumbers, b);
 }
 
 /* ------------------------------------------ reference: CodedOutputStream */
@@ -271,21 +259,11 @@ void WriteRecord(const Body &b, uint32_t container, CodedOutputStream *out)
 template <typename Rec>
 void RunCodedStream(benchmark::State &state, const Rec &rec, uint32_t container)
 {
-    static uint8_t buffer[kBufferSize];
-    std::optional<ArrayOutputStream> array;
-    std::optional<CodedOutputStream> stream;
-    for (auto _ : state) {
-        if (!stream || stream->ByteCount() > kBufferSize - kRoom) {
-            stream.reset();
-            array.emplace(buffer, kBufferSize);
-            stream.emplace(&*array);
-        }
+    BenchStreamLoop(state, kRoom, [&](CodedOutputStream &stream) {
         Body body;
         Derive(rec, &body);
-        WriteRecord(body, container, &*stream);
-        benchmark::DoNotOptimize(buffer);
-    }
-    stream.reset();
+        WriteRecord(body, container, &stream);
+    });
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -360,7 +338,7 @@ private:
 template <typename Rec>
 void RunDynamic(benchmark::State &state, const Rec &rec, const char *file, const char *name, bool json)
 {
-    static uint8_t buffer[kBufferSize];
+    static uint8_t buffer[kBenchSampleSize];
     Schema schema(file, name);
     if (schema.sample() == nullptr) {
         state.SkipWithError("schema not found");
@@ -376,7 +354,7 @@ void RunDynamic(benchmark::State &state, const Rec &rec, const char *file, const
         Body body;
         Derive(rec, &body);
         filler.Fill(body);
-        if (used > kBufferSize - kRoom) {
+        if (used > kBenchSampleSize - kRoom) {
             used = 0;
         }
         if (json) {

@@ -23,21 +23,19 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "bench_support.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
 
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
-using google::protobuf::io::ArrayOutputStream;
 using google::protobuf::io::CodedOutputStream;
 
-constexpr int32_t kBufferSize = static_cast<int32_t>(MDTLM_SAMPLE_DATA_SIZE);
 constexpr int32_t kRoomKept = 1100; /* above the largest JSON room demanded */
 
 /* ------------------------------------------------------------ field visits */
@@ -248,15 +246,28 @@ MDTLM_QUMA_RESULT_REC QumaRecord(int64_t)
     return r;
 }
 
+/* Sample addresses of the I/O service records: an IPv4 pair, or an IPv6 pair
+ * given by the first and last word of each address (the rest zero). */
+struct SampleAddresses {
+    uint32_t ipv4Src, ipv4Dst;
+    uint32_t ipv6SrcFirst, ipv6SrcLast, ipv6DstFirst, ipv6DstLast;
+};
+
+void SetAddresses(int64_t family, const SampleAddresses &a, uint32_t (&src)[4], uint32_t (&dst)[4])
+{
+    const bool ipv6 = family == 1;
+    src[0] = ipv6 ? a.ipv6SrcFirst : a.ipv4Src;
+    src[3] = ipv6 ? a.ipv6SrcLast : 0;
+    dst[0] = ipv6 ? a.ipv6DstFirst : a.ipv4Dst;
+    dst[3] = ipv6 ? a.ipv6DstLast : 0;
+}
+
 MDTLM_SRVTLM_FLOW_STATS_REC SrvtlmRecord(int64_t family)
 {
     MDTLM_SRVTLM_FLOW_STATS_REC r{};
     r.accessType = 1;
     r.addressFamily = static_cast<uint8_t>(family);
-    r.srcIp[0] = family == 1 ? 0x20010db8 : 0xC0A80101;
-    r.srcIp[3] = family == 1 ? 0x12345678 : 0;
-    r.dstIp[0] = family == 1 ? 0xfe800000 : 0x0A000002;
-    r.dstIp[3] = family == 1 ? 0xabcdef01 : 0;
+    SetAddresses(family, {0xC0A80101, 0x0A000002, 0x20010db8, 0x12345678, 0xfe800000, 0xabcdef01}, r.srcIp, r.dstIp);
     r.logicalUnitNum = 12;
     r.periodId = 345;
     r.ifIndex = 4000;
@@ -280,10 +291,7 @@ MDTLM_SRVTLM_FCTFLOW_STATS_REC FctRecord(int64_t family)
 {
     MDTLM_SRVTLM_FCTFLOW_STATS_REC r{};
     r.addressFamily = static_cast<uint32_t>(family);
-    r.srcIp[0] = family == 1 ? 0x20010db8 : 0xAC100001;
-    r.srcIp[3] = family == 1 ? 0x1 : 0;
-    r.dstIp[0] = family == 1 ? 0x20010db8 : 0xAC100002;
-    r.dstIp[3] = family == 1 ? 0x2 : 0;
+    SetAddresses(family, {0xAC100001, 0xAC100002, 0x20010db8, 0x1, 0x20010db8, 0x2}, r.srcIp, r.dstIp);
     r.periodId = 345;
     r.slotId = 3;
     r.srcIfIndex = 11;
@@ -306,20 +314,7 @@ MDTLM_SRVTLM_FCTFLOW_STATS_REC FctRecord(int64_t family)
 template <typename Rec>
 void RunOurs(benchmark::State &state, const Rec &rec, int32_t (*encode)(const Rec *, uint8_t *, int32_t))
 {
-    static uint8_t buffer[kBufferSize];
-    int32_t used = 0;
-    for (auto _ : state) {
-        if (used > kBufferSize - kRoomKept) {
-            used = 0;
-        }
-        const int32_t ret = encode(&rec, buffer + used, kBufferSize - used);
-        if (ret <= 0) {
-            state.SkipWithError("encoder failed");
-            break;
-        }
-        used += ret;
-        benchmark::DoNotOptimize(buffer);
-    }
+    BenchAppendRecords(state, kRoomKept, encode, rec);
     benchmark::ClobberMemory();
 }
 
@@ -340,19 +335,8 @@ void RunGpbReference(benchmark::State &state, const Rec &rec, const Sensor<Rec> 
         return;
     }
 
-    static uint8_t buffer[kBufferSize];
-    std::optional<ArrayOutputStream> array;
-    std::optional<CodedOutputStream> stream;
-    for (auto _ : state) {
-        if (!stream || stream->ByteCount() > kBufferSize - kRoomKept) {
-            stream.reset();
-            array.emplace(buffer, kBufferSize);
-            stream.emplace(&*array);
-        }
-        WriteReference(rec, sensor.container, *stream);
-        benchmark::DoNotOptimize(buffer);
-    }
-    stream.reset();
+    BenchStreamLoop(state, kRoomKept,
+                    [&](CodedOutputStream &stream) { WriteReference(rec, sensor.container, stream); });
     benchmark::ClobberMemory();
 }
 

@@ -4,6 +4,7 @@
  * epoll loop pops one event per callback and dispatches it by type.
  */
 #include "event_queue.h"
+#include "queue_setup.h"
 
 #include <cstdint>
 
@@ -22,19 +23,17 @@ MDTLM_EXPORT MDTLM_EVENT_PROC_FUNC g_mdtlmVralDcnEventProcList[MDTLM_EVENT_TYPE_
 
 namespace {
 
-constexpr char kEventQueueName[] = "MDTLM_VRALDCN_EVENT";
-constexpr uint32_t kEventQueueMode = 6;
-constexpr uint32_t kEventQueueDepth = 1024;
-constexpr uint32_t kEventQueueHighMark = 819; /* 80 % of the depth, rounded down */
-constexpr uint32_t kEventQueueLowMark = 204;  /* 20 % of the depth, rounded down */
-constexpr uint32_t kQueueElementSize = sizeof(void *);
-
-/* Lines of the flow-control callback, by flow-control event. */
-constexpr const char *kFlowCtrlFormats[] = {
-    "[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Flow ctrl start.",
-    "[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Flow ctrl stop.",
+const MDTLM_QueueSetup kEventQueue = {
+    "MDTLM_VRALDCN_EVENT", 6, 1024, 819, 204, MDTLM_VRALDCN_EVENT_Pop, MDTLM_VRALDCN_EVENT_FlowCtrlProc,
+    "[%s:%d]Create que failed !",
+    "[%s:%d][VRALDCN_EVENT_Init] EpollReg failed, ret: %u.",
+    "[%s:%d][VRALDCN_EVENT_Init] Flow ctrl reg failed, ret: %u.",
 };
-constexpr uint32_t kFlowCtrlEventCount = sizeof(kFlowCtrlFormats) / sizeof(kFlowCtrlFormats[0]);
+
+const MDTLM_FlowCtrlTexts kEventFlowCtrl = {
+    {"[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Flow ctrl start.", "[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Flow ctrl stop."},
+    "[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Illigal evt, evt: %u.",
+};
 
 /* Reads at most one element; null when the queue gave nothing. */
 bool ReadOneEvent(void *queue, void **event)
@@ -66,31 +65,11 @@ extern "C" {
 
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_Init(void)
 {
-    void *queue = FWM_QUE_CreateNew(kEventQueueName, kEventQueueMode, kEventQueueDepth, kQueueElementSize);
-    if (queue == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "Create que failed !");
-        return 1;
-    }
-
-    uint32_t epollId = MDTLM_VRALDCN_THREAD_GetEpollId();
-    uint32_t ret = FWM_QUE_EpollReg(queue, epollId, MDTLM_VRALDCN_EVENT_Pop);
+    void *queue = nullptr;
+    uint32_t ret = MDTLM_QueueCreate(kEventQueue, &queue);
     if (ret != 0) {
-        FWM_QUE_Destory(queue);
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_EVENT_Init] EpollReg failed, ret: %u.", ret);
         return ret;
     }
-
-    MDTLM_QUE_MONITOR_CFG monitor = {};
-    monitor.highMark = kEventQueueHighMark;
-    monitor.lowMark = kEventQueueLowMark;
-    monitor.epollId = epollId;
-    ret = FWM_QUE_MonitorReg(queue, &monitor, MDTLM_VRALDCN_EVENT_FlowCtrlProc);
-    if (ret != 0) {
-        FWM_QUE_Destory(queue);
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_EVENT_Init] Flow ctrl reg failed, ret: %u.", ret);
-        return ret;
-    }
-
     /* Published only once fully set up: earlier pushes fail instead of
      * reaching a half-registered queue. */
     g_mdtlmVralDcnTaskEventHdl = queue;
@@ -132,20 +111,12 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_Pop(void *queue)
 
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_FlowCtrlProc(uint32_t event)
 {
-    if (event >= kFlowCtrlEventCount) {
-        MDTLM_LOG(MDTLM_LOG_NOTICE, "[VRALDCN_EVENT_FlowCtrlProc] Illigal evt, evt: %u.", event);
-        return 1;
-    }
-    MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_NOTICE, kFlowCtrlFormats[event], MDTLM_LOG_LABEL, __LINE__);
-    return 0;
+    return MDTLM_QueueFlowCtrl(kEventFlowCtrl, event);
 }
 
 MDTLM_EXPORT void MDTLM_VRALDCN_EVENT_Destroy(void)
 {
-    if (g_mdtlmVralDcnTaskEventHdl != nullptr) {
-        FWM_QUE_Destory(g_mdtlmVralDcnTaskEventHdl);
-        g_mdtlmVralDcnTaskEventHdl = nullptr;
-    }
+    MDTLM_QueueDestroy(&g_mdtlmVralDcnTaskEventHdl);
 }
 
 } /* extern "C" */

@@ -212,9 +212,13 @@ bool FormatAllowed(const char *format, va_list args)
     return allowed;
 }
 
-/* Shared body of the formatting functions; `truncate` selects snprintf_s. */
-int FormatChecked(char *dest, size_t destSize, const char *format, va_list args, bool truncate)
+/* Shared body of the formatting functions, counted as `op`; `truncate`
+ * selects snprintf_s. */
+int FormatChecked(MDTLM_HOST_OP op, char *dest, size_t destSize, const char *format, va_list args, bool truncate)
 {
+    int64_t injected;
+    if (mdtlm_host::FaultCheck(op, &injected))
+        return static_cast<int>(injected);
     if (dest == nullptr || destSize == 0 || destSize > kRsizeMax)
         return -1;
     if (format == nullptr || !FormatAllowed(format, args)) {
@@ -279,32 +283,23 @@ MDTLM_PLATFORM_API int memset_s(void *dest, size_t destSize, int value, size_t c
 
 MDTLM_PLATFORM_API int vsprintf_s(char *dest, size_t destSize, const char *format, va_list args)
 {
-    int64_t injected;
-    if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_VSPRINTF_S, &injected))
-        return static_cast<int>(injected);
-    return FormatChecked(dest, destSize, format, args, false);
+    return FormatChecked(MDTLM_HOST_OP_VSPRINTF_S, dest, destSize, format, args, false);
 }
 
 MDTLM_PLATFORM_API int sprintf_s(char *dest, size_t destSize, const char *format, ...)
 {
-    int64_t injected;
-    if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_SPRINTF_S, &injected))
-        return static_cast<int>(injected);
     va_list args;
     va_start(args, format);
-    int written = FormatChecked(dest, destSize, format, args, false);
+    int written = FormatChecked(MDTLM_HOST_OP_SPRINTF_S, dest, destSize, format, args, false);
     va_end(args);
     return written;
 }
 
 MDTLM_PLATFORM_API int snprintf_s(char *dest, size_t destSize, const char *format, ...)
 {
-    int64_t injected;
-    if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_SNPRINTF_S, &injected))
-        return static_cast<int>(injected);
     va_list args;
     va_start(args, format);
-    int written = FormatChecked(dest, destSize, format, args, true);
+    int written = FormatChecked(MDTLM_HOST_OP_SNPRINTF_S, dest, destSize, format, args, true);
     va_end(args);
     return written;
 }

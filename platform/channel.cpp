@@ -230,18 +230,7 @@ MDTLM_PLATFORM_API uint32_t FWM_CHAN_UCServerDestory(void *server)
     int64_t injected;
     if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_CHAN_DESTROY, &injected))
         return static_cast<uint32_t>(injected);
-    std::shared_ptr<ChanServer> found;
-    {
-        ChanTable &table = Channels();
-        std::lock_guard<std::mutex> lock(table.mu);
-        auto it = table.live.find(server);
-        if (it == table.live.end())
-            return 1;
-        found = std::move(it->second);
-        table.live.erase(it);
-    }
-    found->Close();
-    return 0;
+    return mdtlm_host::TakeAndClose(Channels(), server) ? 0 : 1;
 }
 
 MDTLM_PLATFORM_API void MDTLM_HOST_ChanSetPortOverride(int enabled, uint16_t port)

@@ -85,6 +85,33 @@ bool ReadKey(const void *keyDesc, const void *key, DbKey *out)
     return true;
 }
 
+/* Counts the call as `op`, then runs `work` on the live handle of `kind` (any
+ * kind when null) under the table's lock; 1 when the handle is refused. */
+template <typename Work>
+uint32_t WithObject(MDTLM_HOST_OP op, void *handle, const DbObjectKind *kind, Work work)
+{
+    int64_t injected;
+    if (FaultCheck(op, &injected))
+        return static_cast<uint32_t>(injected);
+    HandleTable &table = Handles();
+    std::lock_guard<std::mutex> lock(table.mu);
+    DbObject *object = FindLocked(table, handle, kind);
+    return object == nullptr ? 1 : work(*object);
+}
+
+/* As WithObject, for a handle made for `operation`, with its key read. */
+template <typename Work>
+uint32_t WithKeyedObject(MDTLM_HOST_OP op, void *handle, uint32_t operation, const void *keyDesc, const void *key,
+                         Work work)
+{
+    return WithObject(op, handle, nullptr, [&](DbObject &object) -> uint32_t {
+        DbKey dbKey;
+        if (object.operation != operation || !ReadKey(keyDesc, key, &dbKey))
+            return 1;
+        return work(object, dbKey);
+    });
+}
+
 uint32_t CreateObject(const DbObjectKind &kind, uint32_t operation, uint32_t flags, void **handle)
 {
     int64_t injected;
@@ -123,33 +150,23 @@ uint32_t ReleaseObject(const DbObjectKind &kind, void *handle)
 
 uint32_t SetAllFields(const DbObjectKind &kind, void *handle, const void *record, uint32_t length)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_SET_ALL, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, &kind);
-    if (object == nullptr || record == nullptr || length != kind.recordSize)
-        return 1;
-    std::memcpy(object->record, record, length);
-    object->fieldsSet = AllFields(kind);
-    return 0;
+    return WithObject(MDTLM_HOST_OP_DB_SET_ALL, handle, &kind, [&](DbObject &object) -> uint32_t {
+        if (record == nullptr || length != kind.recordSize)
+            return 1;
+        std::memcpy(object.record, record, length);
+        object.fieldsSet = AllFields(kind);
+        return 0;
+    });
 }
 
 /* One u32 field of a report-performance handle, by column. */
 uint32_t SetReportPerfField(void *handle, uint32_t column, uint32_t value)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_SET_FIELD, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, &kReportPerfObject);
-    if (object == nullptr)
-        return 1;
-    std::memcpy(object->record + kReportPerfObject.columns[column].offset, &value, sizeof(value));
-    object->fieldsSet |= uint64_t{1} << column;
-    return 0;
+    return WithObject(MDTLM_HOST_OP_DB_SET_FIELD, handle, &kReportPerfObject, [&](DbObject &object) -> uint32_t {
+        std::memcpy(object.record + kReportPerfObject.columns[column].offset, &value, sizeof(value));
+        object.fieldsSet |= uint64_t{1} << column;
+        return 0;
+    });
 }
 
 uint32_t ResultCode(DbResult result)
@@ -235,78 +252,53 @@ MDTLM_PLATFORM_API uint32_t db_set_fem_mdtlm_stat_all_fields(void *handle, const
 
 MDTLM_PLATFORM_API uint32_t db_get_fem_mdtlm_stat_all_fields(void *handle, void *record, uint32_t length)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_GET_ALL, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, &kFemStatObject);
-    if (object == nullptr || !object->loaded || record == nullptr || length != kFemStatObject.recordSize)
-        return 1;
-    std::memcpy(record, object->record, length);
-    return 0;
+    return WithObject(MDTLM_HOST_OP_DB_GET_ALL, handle, &kFemStatObject, [&](DbObject &object) -> uint32_t {
+        if (!object.loaded || record == nullptr || length != kFemStatObject.recordSize)
+            return 1;
+        std::memcpy(record, object.record, length);
+        return 0;
+    });
 }
 
 /* ------------------------------------------------------- generic operations */
 
 MDTLM_PLATFORM_API uint32_t db_write_obj(void *handle)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_WRITE, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, nullptr);
-    if (object == nullptr || object->operation != MDTLM_DB_OP_WRITE)
-        return 1;
-    return ResultCode(mdtlm_host::DbStore(*object->kind, object->record));
+    return WithObject(MDTLM_HOST_OP_DB_WRITE, handle, nullptr, [](DbObject &object) -> uint32_t {
+        if (object.operation != MDTLM_DB_OP_WRITE)
+            return 1;
+        return ResultCode(mdtlm_host::DbStore(*object.kind, object.record));
+    });
 }
 
 MDTLM_PLATFORM_API uint32_t db_read_obj(void *handle, const void *keyDesc, const void *key)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_READ, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, nullptr);
-    DbKey dbKey;
-    if (object == nullptr || object->operation != MDTLM_DB_OP_READ || !ReadKey(keyDesc, key, &dbKey))
-        return 1;
-    uint8_t loaded[mdtlm_host::kMaxRecordSize] = {};
-    if (mdtlm_host::DbLoad(*object->kind, dbKey, loaded) != DbResult::Ok)
-        return 1;
-    std::memcpy(object->record, loaded, object->kind->recordSize);
-    object->loaded = true;
-    return 0;
+    auto load = [](DbObject &object, const DbKey &dbKey) -> uint32_t {
+        uint8_t loaded[mdtlm_host::kMaxRecordSize] = {};
+        if (mdtlm_host::DbLoad(*object.kind, dbKey, loaded) != DbResult::Ok)
+            return 1;
+        std::memcpy(object.record, loaded, object.kind->recordSize);
+        object.loaded = true;
+        return 0;
+    };
+    return WithKeyedObject(MDTLM_HOST_OP_DB_READ, handle, MDTLM_DB_OP_READ, keyDesc, key, load);
 }
 
 MDTLM_PLATFORM_API uint32_t db_update_obj(void *handle, const void *keyDesc, const void *key)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_UPDATE, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, nullptr);
-    DbKey dbKey;
-    if (object == nullptr || object->operation != MDTLM_DB_OP_UPDATE || !ReadKey(keyDesc, key, &dbKey))
-        return 1;
-    return ResultCode(mdtlm_host::DbUpdate(*object->kind, dbKey, object->record, object->fieldsSet));
+    return WithKeyedObject(MDTLM_HOST_OP_DB_UPDATE, handle, MDTLM_DB_OP_UPDATE, keyDesc, key,
+                           [](DbObject &object, const DbKey &dbKey) {
+                               return ResultCode(
+                                   mdtlm_host::DbUpdate(*object.kind, dbKey, object.record, object.fieldsSet));
+                           });
 }
 
 MDTLM_PLATFORM_API uint32_t db_remove_obj(void *handle, const void *keyDesc, const void *key)
 {
-    int64_t injected;
-    if (FaultCheck(MDTLM_HOST_OP_DB_REMOVE, &injected))
-        return static_cast<uint32_t>(injected);
-    HandleTable &table = Handles();
-    std::lock_guard<std::mutex> lock(table.mu);
-    DbObject *object = FindLocked(table, handle, nullptr);
-    DbKey dbKey;
-    if (object == nullptr || object->operation != MDTLM_DB_OP_REMOVE || !ReadKey(keyDesc, key, &dbKey))
-        return 1;
-    return ResultCode(mdtlm_host::DbRemove(*object->kind, dbKey));
+    return WithKeyedObject(MDTLM_HOST_OP_DB_REMOVE, handle, MDTLM_DB_OP_REMOVE, keyDesc, key,
+                           [](DbObject &object, const DbKey &dbKey) {
+                               return ResultCode(mdtlm_host::DbRemove(*object.kind, dbKey));
+                           });
 }
 
 MDTLM_PLATFORM_API uint32_t db_truncate_table(const char *tableName, uint32_t flags)

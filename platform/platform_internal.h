@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <mutex>
+#include <utility>
 
 #include "mdtlm_host.h"
 
@@ -22,6 +24,26 @@ namespace mdtlm_host {
 /* Counts one call of `op` and tells whether it must fail: true when an armed
  * fault rule claims this call, with the result to return in *result. */
 bool FaultCheck(MDTLM_HOST_OP op, int64_t *result);
+
+/* Takes the object `key` names out of a table of live ones (a `mu` guarding a
+ * `live` map of shared pointers) and closes it once the table's lock is
+ * dropped, so a close that waits for a running callback holds up no other
+ * lookup. False when `key` names no live object. */
+template <typename Table, typename Key>
+bool TakeAndClose(Table &table, const Key &key)
+{
+    typename decltype(table.live)::mapped_type found;
+    {
+        std::lock_guard<std::mutex> lock(table.mu);
+        auto it = table.live.find(key);
+        if (it == table.live.end())
+            return false;
+        found = std::move(it->second);
+        table.live.erase(it);
+    }
+    found->Close();
+    return true;
+}
 
 /* Owns one file descriptor and closes it. */
 class UniqueFd {

@@ -332,18 +332,7 @@ MDTLM_PLATFORM_API uint32_t FWM_QUE_Destory(void *queue)
     int64_t injected;
     if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_QUE_DESTROY, &injected))
         return static_cast<uint32_t>(injected);
-    std::shared_ptr<Queue> found;
-    {
-        QueueTable &table = Queues();
-        std::lock_guard<std::mutex> lock(table.mu);
-        auto it = table.live.find(queue);
-        if (it == table.live.end())
-            return 1;
-        found = std::move(it->second);
-        table.live.erase(it);
-    }
-    found->Close();
-    return 0;
+    return mdtlm_host::TakeAndClose(Queues(), queue) ? 0 : 1;
 }
 
 MDTLM_PLATFORM_API void *MDTLM_HOST_QueueFind(const char *name)

@@ -182,18 +182,7 @@ MDTLM_PLATFORM_API uint32_t FWM_TIMER_Destroy(int32_t timerId)
     int64_t injected;
     if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_TIMER_DESTROY, &injected))
         return static_cast<uint32_t>(injected);
-    std::shared_ptr<Timer> found;
-    {
-        TimerTable &table = Timers();
-        std::lock_guard<std::mutex> lock(table.mu);
-        auto it = table.live.find(timerId);
-        if (it == table.live.end())
-            return 1;
-        found = std::move(it->second);
-        table.live.erase(it);
-    }
-    found->Close();
-    return 0;
+    return mdtlm_host::TakeAndClose(Timers(), timerId) ? 0 : 1;
 }
 
 MDTLM_PLATFORM_API void MDTLM_HOST_SetManualClock(int enabled)

@@ -76,14 +76,8 @@ extern "C" uint32_t MDTLM_SRVTLM_FCTCmpDstIpWithStr(const Rec *rec, const char *
 extern "C" uint32_t MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithInfo(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,
                                                                 const void *record)
 {
-    if (fieldId == kSourceIp || fieldId == kDestinationIp) {
-        const auto *rec = static_cast<const Rec *>(record);
-        char text[MDTLM_CONDITION_TEXT_SIZE];
-        MDTLM_ConditionText(cond, text);
-        return fieldId == kSourceIp ? MDTLM_SRVTLM_FCTCmpSrcIpWithStr(rec, text)
-                                    : MDTLM_SRVTLM_FCTCmpDstIpWithStr(rec, text);
-    }
-    return MDTLM_RecordConditionEquals(kConditionFields, fieldId, cond, record);
+    return MDTLM_AddressConditionHolds<Rec>(kConditionFields, kSourceIp, MDTLM_SRVTLM_FCTCmpSrcIpWithStr,
+                                            kDestinationIp, MDTLM_SRVTLM_FCTCmpDstIpWithStr, fieldId, cond, record);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithFilter(uint32_t fieldId, const MDTLM_PATH_FILTER *filter,

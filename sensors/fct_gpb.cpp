@@ -5,13 +5,8 @@
  * scratch buffers are those of the I/O service flow statistics sensor.
  */
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
-#include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
-#include "record_pipeline.h"
 #include "sensor_gpb_fields.h"
-#include "sensor_log_texts.h"
 #include "srvtlm_address.h"
 
 namespace {
@@ -22,7 +17,6 @@ constexpr uint32_t kContainerField = 8;
 constexpr uint32_t kSourceIpField = 2;
 constexpr uint32_t kDestinationIpField = 3;
 constexpr uint32_t kSlotField = 5;
-constexpr uint32_t kSlotTextSize = 16;
 
 constexpr MDTLM_GPB_INT_FIELD kFamilyInts[] = {
     {1, MDTLM_FIELD_U32(Rec, addressFamily)},
@@ -59,25 +53,20 @@ extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeIpAddress(const Rec *rec, uint
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeFlowInfo(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    char slot[kSlotTextSize];
-    if (sprintf_s(slot, sizeof(slot), "%u", rec->slotId) < 0) {
-        return MDTLM_ENCODE_FAIL;
-    }
     MDTLM_GPB_CHAIN chain(out, cap);
     MDTLM_GpbIntFields(chain, kFamilyInts, rec).Group(MDTLM_SRVTLM_FCTFLOW_GPB_EncodeIpAddress, rec);
-    return MDTLM_GpbIntFields(chain, kPeriodInts, rec).Str(kSlotField, slot).Result();
+    MDTLM_GpbIntFields(chain, kPeriodInts, rec);
+    return MDTLM_GpbNumberText(chain, kSlotField, rec->slotId).Result();
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeWriteInfo(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kFctFetInts, rec).Result();
+    return MDTLM_GpbIntGroup(kFctFetInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeOtherInfo(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kOtherInts, rec).Result();
+    return MDTLM_GpbIntGroup(kOtherInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeStatistics(const Rec *rec, uint8_t *out, int32_t cap)
@@ -91,17 +80,12 @@ extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeStatistics(const Rec *rec, uin
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeData(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Group(MDTLM_SRVTLM_FCTFLOW_GPB_EncodeFlowInfo, rec).Group(MDTLM_SRVTLM_FCTFLOW_GPB_EncodeStatistics, rec);
-    return chain.Result();
+    return MDTLM_GpbGroups(rec, out, cap, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeFlowInfo,
+                           MDTLM_SRVTLM_FCTFLOW_GPB_EncodeStatistics);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_GPB_NULL_RECORD_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeData>, rec,
-                                 g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeData>(
+        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
 }

@@ -3,6 +3,7 @@
  * words at offsets 124 and 140, as IPv4 or IPv6 by the record's family.
  */
 #include "flow_family.h"
+#include "srvtlm_address.h"
 
 namespace {
 
@@ -20,11 +21,7 @@ uint32_t MDTLM_VRALDCN_FLOW_JSON_EncodeIpv4(const MDTLM_FLOW_STATS_REC *rec, cha
     if (rec == nullptr) {
         return 1;
     }
-    const uint32_t ret = MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->srcAddr[0], src, cap);
-    if (ret != 0) {
-        return ret;
-    }
-    return MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->dstAddr[0], dst, cap);
+    return MDTLM_SrvtlmIpv4Pair(rec->srcAddr, rec->dstAddr, src, dst, cap);
 }
 
 uint32_t MDTLM_VRALDCN_FLOW_JSON_EncodeIpv6(const MDTLM_FLOW_STATS_REC *rec, char *src, char *dst, uint32_t cap)
@@ -32,11 +29,7 @@ uint32_t MDTLM_VRALDCN_FLOW_JSON_EncodeIpv6(const MDTLM_FLOW_STATS_REC *rec, cha
     if (rec == nullptr) {
         return 1;
     }
-    const uint32_t ret = MDTLM_VRALDCN_ConvertIpv6AddrToStr(rec->srcAddr, src, cap);
-    if (ret != 0) {
-        return ret;
-    }
-    return MDTLM_VRALDCN_ConvertIpv6AddrToStr(rec->dstAddr, dst, cap);
+    return MDTLM_SrvtlmIpv6Pair(rec->srcAddr, rec->dstAddr, src, dst, cap);
 }
 
 } /* extern "C" */

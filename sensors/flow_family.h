@@ -16,6 +16,7 @@
 #include "gpb_chain.h"
 #include "mdtlm_types.h"
 #include "mdtlm_vraldcn.h"
+#include "record_pipeline.h"
 
 /* ------------------------------------------------------------------- texts */
 
@@ -92,8 +93,66 @@ auto *MDTLM_FlowTaskSequence(Task *task, uint32_t castType)
 {
     return castType == MDTLM_FLOW_CAST_UNICAST ? &task->unicastSeqNum : &task->multicastSeqNum;
 }
+/* The task's sequence number for a cast type; 0 without a task. */
+inline uint32_t MDTLM_FlowGetSequence(uint32_t castType, const MDTLM_TASK_DATA *task)
+{
+    return task == nullptr ? 0 : *MDTLM_FlowTaskSequence(task, castType);
+}
+
+/* Advances the task's sequence number for a cast type; nothing without a task. */
+inline void MDTLM_FlowAddSequence(uint32_t castType, MDTLM_TASK_DATA *task)
+{
+    if (task != nullptr) {
+        *MDTLM_FlowTaskSequence(task, castType) += 1;
+    }
+}
+
 /* The exported JSON counter pair of a sensor, advanced the same way. */
 void MDTLM_FlowAdvanceJsonCounter(uint32_t castType, uint32_t *unicast, uint32_t *multicast);
+
+/* ---------------------------------------------------------- record pipeline */
+
+/* The pipeline table of a flow-family sensor: records are stamped with the
+ * task's sequence number, and every accepted record counts as one record's
+ * size for the report-performance counters of the u32 period key at
+ * `perfPeriodOffset`. */
+template <typename Rec, int32_t (*GpbEncode)(const Rec *, uint8_t *, int32_t),
+          int32_t (*JsonEncode)(const Rec *, uint8_t *, int32_t), std::size_t CondRows, std::size_t FilterRows>
+constexpr MDTLM_SENSOR_PIPELINE MDTLM_FlowPipeline(uint32_t sensorType,
+                                                   const MDTLM_FILTER_MAP_ENTRY (&condMap)[CondRows],
+                                                   MDTLM_CONDITION_CMP_FUNC condCmp,
+                                                   const MDTLM_FILTER_MAP_ENTRY (&filterMap)[FilterRows],
+                                                   MDTLM_FILTER_CMP_FUNC filterCmp, const char *encodeFailFormat,
+                                                   uint32_t perfPeriodOffset)
+{
+    return MDTLM_SENSOR_PIPELINE{
+        sensorType,
+        condMap,
+        static_cast<uint32_t>(CondRows),
+        condCmp,
+        filterMap,
+        static_cast<uint32_t>(FilterRows),
+        filterCmp,
+        MDTLM_PipelineEncoder<Rec, GpbEncode>,
+        MDTLM_PipelineEncoder<Rec, JsonEncode>,
+        encodeFailFormat,
+        1,
+        perfPeriodOffset,
+        static_cast<uint32_t>(sizeof(Rec)),
+    };
+}
+
+/* The handler of a flow-family statistics message: 1 when the record passed
+ * the task's conditions and filters, 0 when it was rejected. A body shorter
+ * than the record would be read past its end and is rejected. */
+template <typename Rec>
+uint32_t MDTLM_FlowPipelineProc(const MDTLM_SENSOR_PIPELINE &pipeline, MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
+{
+    if (task == nullptr || msg == nullptr || msg->msgLen < sizeof(Rec)) {
+        return 0;
+    }
+    return MDTLM_PIPELINE_ProcessMsg(&pipeline, task, msg);
+}
 
 /* ------------------------------------------------------- shared GPB groups */
 
@@ -199,18 +258,6 @@ inline uint32_t MDTLM_FlowHopMaximumDelay(const MDTLM_FLOWHOP_STATS_REC *rec)
 inline uint64_t MDTLM_FlowHopTotalDelay(const MDTLM_FLOWHOP_STATS_REC *rec)
 {
     return rec->totalDelay << 8;
-}
-
-/* ------------------------------------------------------------------- JSON */
-
-/* Adds the result of one bounded write to the running length; false when it failed. */
-inline bool MDTLM_FlowJsonAdvance(int ret, int32_t *used)
-{
-    if (ret < 0) {
-        return false;
-    }
-    *used += ret;
-    return true;
 }
 
 #endif /* MDTLM_SENSORS_FLOW_FAMILY_H */

@@ -5,9 +5,7 @@
  */
 #include "flow_family.h"
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
-#include "record_pipeline.h"
+#include "sensor_gpb_fields.h"
 
 namespace {
 
@@ -116,12 +114,8 @@ int32_t MDTLM_VRALDCN_FLOW_GPB_EncodeData(const Rec *rec, uint8_t *out, int32_t 
 
 int32_t MDTLM_VRALDCN_FLOW_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_FLOW_GPB_EncodeMsg] Param error, msg is NULL.");
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeData>, rec,
-                                 g_vralDcnFlowStatsBuff1, g_vralDcnFlowStatsBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeData>(
+        rec, g_vralDcnFlowStatsBuff1, g_vralDcnFlowStatsBuff2, kContainerField, out, cap);
 }
 
 } /* extern "C" */

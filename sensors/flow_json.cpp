@@ -3,8 +3,8 @@
  * members in the order of the template, texts inserted as they are.
  */
 #include "flow_family.h"
-#include "mdtlm_log.h"
 #include "mdtlm_platform.h"
+#include "sensor_json_object.h"
 
 /* 27 members; the longest record it can produce stays far below the floor. */
 #define FLOW_STATS_JSON_TEMPLATE                                                                                   \
@@ -40,11 +40,7 @@ void MDTLM_VRALDCN_FLOW_JSON_AddSequenceNumber(uint32_t castType)
 
 int32_t MDTLM_VRALDCN_FLOW_JSON_CheckEncodePara(const Rec *rec, const uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr || out == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[FLOW_JSON_CheckEncodePara] Param error, msg is NULL.");
-        return MDTLM_ENCODE_FAIL;
-    }
-    return cap < kJsonFloor ? MDTLM_ENCODE_NO_SPACE : 0;
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonFloor);
 }
 
 int32_t MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
@@ -53,12 +49,11 @@ int32_t MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t 
     if (check != 0) {
         return check;
     }
-    char *text = reinterpret_cast<char *>(out);
-    int32_t used = 0;
-    if (!MDTLM_FlowJsonAdvance(sprintf_s(text, static_cast<size_t>(cap), "{"), &used)) {
+    /* The opening brace is written before the record is looked at, so a
+     * record refused for its addresses or texts leaves it behind. */
+    if (sprintf_s(reinterpret_cast<char *>(out), static_cast<size_t>(cap), "{") < 0) {
         return MDTLM_ENCODE_FAIL;
     }
-
     char src[MDTLM_FLOW_ADDR_TEXT_LEN];
     char dst[MDTLM_FLOW_ADDR_TEXT_LEN];
     MDTLM_FLOW_TEXTS texts;
@@ -67,19 +62,14 @@ int32_t MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t 
     }
 
     const MDTLM_FLOW_DERIVED d = MDTLM_FlowDerive(rec);
-    const int body = sprintf_s(
-        text + used, static_cast<size_t>(cap - used), FLOW_STATS_JSON_TEMPLATE,
-        static_cast<unsigned long long>(d.flowId), d.direction, d.addressFamily, src, dst, unsigned{rec->srcPort},
-        unsigned{rec->dstPort}, unsigned{rec->protocol}, rec->ifIndex, d.errorInfo, d.errorInfoExt, rec->interval,
-        rec->periodId, static_cast<unsigned long long>(rec->packetCount),
-        static_cast<unsigned long long>(rec->byteCount), rec->timestampSecond, rec->timestampNanosecond, rec->ttl,
-        rec->measureMode, unsigned{rec->vlan}, rec->queuePair, d.tunnelMode, rec->tunnelId, rec->outerTtl,
-        rec->sequenceNumber, texts.chassisId, texts.slotId);
-    if (!MDTLM_FlowJsonAdvance(body, &used) ||
-        !MDTLM_FlowJsonAdvance(sprintf_s(text + used, static_cast<size_t>(cap - used), "},"), &used)) {
-        return MDTLM_ENCODE_FAIL;
-    }
-    return used;
+    return MDTLM_JsonWriteObject(
+        out, cap, FLOW_STATS_JSON_TEMPLATE, static_cast<unsigned long long>(d.flowId), d.direction,
+        d.addressFamily, src, dst, unsigned{rec->srcPort}, unsigned{rec->dstPort}, unsigned{rec->protocol},
+        rec->ifIndex, d.errorInfo, d.errorInfoExt, rec->interval, rec->periodId,
+        static_cast<unsigned long long>(rec->packetCount), static_cast<unsigned long long>(rec->byteCount),
+        rec->timestampSecond, rec->timestampNanosecond, rec->ttl, rec->measureMode, unsigned{rec->vlan},
+        rec->queuePair, d.tunnelMode, rec->tunnelId, rec->outerTtl, rec->sequenceNumber, texts.chassisId,
+        texts.slotId);
 }
 
 } /* extern "C" */

@@ -4,7 +4,7 @@
  * handler that runs each record through the shared record pipeline.
  */
 #include "flow_family.h"
-#include "record_pipeline.h"
+#include "sensor_table_pipeline.h"
 
 namespace {
 
@@ -65,35 +65,23 @@ uint32_t MDTLM_VRALDCN_FlowCmpFieldWithFilter(uint32_t fieldId, const MDTLM_PATH
 
 uint32_t MDTLM_VRALDCN_FLOW_GetSequenceNumber(uint32_t castType, const MDTLM_TASK_DATA *task)
 {
-    return task == nullptr ? 0 : *MDTLM_FlowTaskSequence(task, castType);
+    return MDTLM_FlowGetSequence(castType, task);
 }
 
 void MDTLM_VRALDCN_FLOW_AddSequenceNumber(uint32_t castType, MDTLM_TASK_DATA *task)
 {
-    if (task != nullptr) {
-        *MDTLM_FlowTaskSequence(task, castType) += 1;
-    }
+    MDTLM_FlowAddSequence(castType, task);
 }
 
 } /* extern "C" */
 
 namespace {
 
-const MDTLM_SENSOR_PIPELINE kFlowPipeline = {
-    .sensorType = MDTLM_SENSOR_VRAL_FLOW,
-    .condMap = g_mdTlmFlowStatsCondMap,
-    .condRows = 2,
-    .condCmp = MDTLM_VRALDCN_FlowCmpFieldWithCondition,
-    .filterMap = g_mdTlmFlowStatsFilterMap,
-    .filterRows = 13,
-    .filterCmp = MDTLM_VRALDCN_FlowCmpFieldWithFilter,
-    .gpbEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>,
-    .jsonEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>,
-    .encodeFailFormat = "[%s:%d][STATS_EncodeStatsData] Stats data encode failed, ret: %d.",
-    .stampsSequence = 1,
-    .perfPeriodOffset = offsetof(Rec, reportPeriodIndex),
-    .perfItemBytes = sizeof(Rec),
-};
+const MDTLM_SENSOR_PIPELINE kFlowPipeline =
+    MDTLM_FlowPipeline<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>(
+        MDTLM_SENSOR_VRAL_FLOW, g_mdTlmFlowStatsCondMap, MDTLM_VRALDCN_FlowCmpFieldWithCondition,
+        g_mdTlmFlowStatsFilterMap, MDTLM_VRALDCN_FlowCmpFieldWithFilter, MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
+        offsetof(Rec, reportPeriodIndex));
 
 } // namespace
 
@@ -101,19 +89,12 @@ extern "C" {
 
 uint32_t MDTLM_VRALDCN_FLOW_STATS_StatsMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
 {
-    /* A body shorter than the record would be read past its end. */
-    if (task == nullptr || msg == nullptr || msg->msgLen < sizeof(Rec)) {
-        return 0;
-    }
-    return MDTLM_PIPELINE_ProcessMsg(&kFlowPipeline, task, msg);
+    return MDTLM_FlowPipelineProc<Rec>(kFlowPipeline, task, msg);
 }
 
 void MDTLM_VRALDCN_FLOW_STATS_EncodeStatsData(const Rec *rec, MDTLM_TASK_DATA *task)
 {
-    if (rec == nullptr || task == nullptr) {
-        return;
-    }
-    MDTLM_PIPELINE_EncodeIntoTask(&kFlowPipeline, rec, task);
+    MDTLM_TablePipelineEncode(kFlowPipeline, rec, task);
 }
 
 } /* extern "C" */

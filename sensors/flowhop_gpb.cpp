@@ -5,12 +5,12 @@
  */
 #include "flow_family.h"
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
-#include "record_pipeline.h"
+#include "sensor_gpb_fields.h"
 
 namespace {
 
+/* This sensor names its own encoder in the null-record line. */
+constexpr const char *kNullRecordFormat = "[%s:%d][VRALDCN_FLOWHOP_GPB_EncodeMsg] Param error, msg is NULL.";
 constexpr uint32_t kContainerField = 3;
 
 constexpr MDTLM_FLOW_GPB_STATS_FIELDS kStatsFields = {
@@ -100,12 +100,8 @@ int32_t MDTLM_VRALDCN_FLOWHOP_GPB_EncodeData(const Rec *rec, uint8_t *out, int32
 
 int32_t MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_FLOWHOP_GPB_EncodeMsg] Param error, msg is NULL.");
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeData>, rec,
-                                 g_vralDcnFlowHopStatsBuff1, g_vralDcnFlowHopStatsBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeData>(
+        rec, g_vralDcnFlowHopStatsBuff1, g_vralDcnFlowHopStatsBuff2, kContainerField, out, cap, kNullRecordFormat);
 }
 
 } /* extern "C" */

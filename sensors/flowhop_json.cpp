@@ -4,8 +4,8 @@
  * Every record written advances the hop counter of its cast type.
  */
 #include "flow_family.h"
-#include "mdtlm_log.h"
 #include "mdtlm_platform.h"
+#include "sensor_json_object.h"
 
 /* 24 members; total-count is printed from its low 32 bits. */
 #define FLOWHOP_STATS_JSON_TEMPLATE                                                                                \
@@ -40,11 +40,7 @@ void MDTLM_VRALDCN_FLOWHOP_JSON_AddSequenceNumber(uint32_t castType)
 
 int32_t MDTLM_VRALDCN_FLOWHOP_JSON_CheckEncodePara(const Rec *rec, const uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr || out == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[FLOW_JSON_CheckEncodePara] Param error, msg is NULL.");
-        return MDTLM_ENCODE_FAIL;
-    }
-    return cap < kJsonFloor ? MDTLM_ENCODE_NO_SPACE : 0;
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonFloor);
 }
 
 int32_t MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
@@ -58,25 +54,16 @@ int32_t MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32
         return MDTLM_ENCODE_FAIL;
     }
 
-    char *text = reinterpret_cast<char *>(out);
-    int32_t used = 0;
     const MDTLM_FLOW_DERIVED d = MDTLM_FlowDerive(rec);
-    const bool written =
-        MDTLM_FlowJsonAdvance(sprintf_s(text, static_cast<size_t>(cap), "{"), &used) &&
-        MDTLM_FlowJsonAdvance(
-            sprintf_s(text + used, static_cast<size_t>(cap - used), FLOWHOP_STATS_JSON_TEMPLATE,
-                      static_cast<unsigned long long>(d.flowId), d.direction, rec->ifIndex, d.errorInfo,
-                      d.errorInfoExt, rec->periodId, static_cast<unsigned long long>(rec->packetCount),
-                      static_cast<unsigned long long>(rec->byteCount), rec->timestampSecond,
-                      rec->timestampNanosecond, rec->ttl, rec->measureMode, MDTLM_FlowHopMaximumDelay(rec),
-                      static_cast<unsigned long long>(MDTLM_FlowHopTotalDelay(rec)),
-                      static_cast<uint32_t>(rec->totalCount), rec->interval, unsigned{rec->vlan}, d.tunnelMode,
-                      rec->tunnelId, rec->outerTtl, rec->queuePair, rec->sequenceNumber, texts.chassisId,
-                      texts.slotId),
-            &used) &&
-        MDTLM_FlowJsonAdvance(sprintf_s(text + used, static_cast<size_t>(cap - used), "},"), &used);
-    if (!written) {
-        return MDTLM_ENCODE_FAIL;
+    const int32_t used = MDTLM_JsonWriteObject(
+        out, cap, FLOWHOP_STATS_JSON_TEMPLATE, static_cast<unsigned long long>(d.flowId), d.direction,
+        rec->ifIndex, d.errorInfo, d.errorInfoExt, rec->periodId, static_cast<unsigned long long>(rec->packetCount),
+        static_cast<unsigned long long>(rec->byteCount), rec->timestampSecond, rec->timestampNanosecond, rec->ttl,
+        rec->measureMode, MDTLM_FlowHopMaximumDelay(rec), static_cast<unsigned long long>(MDTLM_FlowHopTotalDelay(rec)),
+        static_cast<uint32_t>(rec->totalCount), rec->interval, unsigned{rec->vlan}, d.tunnelMode, rec->tunnelId,
+        rec->outerTtl, rec->queuePair, rec->sequenceNumber, texts.chassisId, texts.slotId);
+    if (used < 0) {
+        return used;
     }
     MDTLM_FlowAdvanceJsonCounter(rec->castType, &g_unicastJsonHopSequenceNumber, &g_multicastJsonHopSequenceNumber);
     return used;

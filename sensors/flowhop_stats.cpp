@@ -4,7 +4,7 @@
  * handler that runs each record through the shared record pipeline.
  */
 #include "flow_family.h"
-#include "record_pipeline.h"
+#include "sensor_table_pipeline.h"
 
 namespace {
 
@@ -71,35 +71,25 @@ uint32_t MDTLM_VRALDCN_FlowHopCmpFieldWithFilter(uint32_t fieldId, const MDTLM_P
 
 uint32_t MDTLM_VRALDCN_FLOWHOP_GetSequenceNumber(uint32_t castType, const MDTLM_TASK_DATA *task)
 {
-    return task == nullptr ? 0 : *MDTLM_FlowTaskSequence(task, castType);
+    return MDTLM_FlowGetSequence(castType, task);
 }
 
 void MDTLM_VRALDCN_FLOWHOP_AddSequenceNumber(uint32_t castType, MDTLM_TASK_DATA *task)
 {
-    if (task != nullptr) {
-        *MDTLM_FlowTaskSequence(task, castType) += 1;
-    }
+    MDTLM_FlowAddSequence(castType, task);
 }
 
 } /* extern "C" */
 
 namespace {
 
-const MDTLM_SENSOR_PIPELINE kFlowHopPipeline = {
-    .sensorType = MDTLM_SENSOR_VRAL_FLOWHOP,
-    .condMap = g_femMdTlmFlowHopStatsCondMap,
-    .condRows = 2,
-    .condCmp = MDTLM_VRALDCN_FlowHopCmpFieldWithInfo,
-    .filterMap = g_mdTlmFlowHopStatsFilterMap,
-    .filterRows = 15,
-    .filterCmp = MDTLM_VRALDCN_FlowHopCmpFieldWithFilter,
-    .gpbEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>,
-    .jsonEncode = MDTLM_PipelineEncoder<Rec, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>,
-    .encodeFailFormat = "[%s:%d][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, ret: %d.",
-    .stampsSequence = 1,
-    .perfPeriodOffset = offsetof(Rec, periodId), /* this sensor counts by period id */
-    .perfItemBytes = sizeof(Rec),
-};
+/* This sensor counts by period id and names its own handler in the
+ * encode-failure line. */
+const MDTLM_SENSOR_PIPELINE kFlowHopPipeline =
+    MDTLM_FlowPipeline<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>(
+        MDTLM_SENSOR_VRAL_FLOWHOP, g_femMdTlmFlowHopStatsCondMap, MDTLM_VRALDCN_FlowHopCmpFieldWithInfo,
+        g_mdTlmFlowHopStatsFilterMap, MDTLM_VRALDCN_FlowHopCmpFieldWithFilter,
+        "[%s:%d][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, ret: %d.", offsetof(Rec, periodId));
 
 } // namespace
 
@@ -107,19 +97,12 @@ extern "C" {
 
 uint32_t MDTLM_VRALDCN_FLOWHOP_STATS_StatsMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
 {
-    /* A body shorter than the record would be read past its end. */
-    if (task == nullptr || msg == nullptr || msg->msgLen < sizeof(Rec)) {
-        return 0;
-    }
-    return MDTLM_PIPELINE_ProcessMsg(&kFlowHopPipeline, task, msg);
+    return MDTLM_FlowPipelineProc<Rec>(kFlowHopPipeline, task, msg);
 }
 
 void MDTLM_VRALDCN_FLOWHOP_STATS_EncodeStatsData(const Rec *rec, MDTLM_TASK_DATA *task)
 {
-    if (rec == nullptr || task == nullptr) {
-        return;
-    }
-    MDTLM_PIPELINE_EncodeIntoTask(&kFlowHopPipeline, rec, task);
+    MDTLM_TablePipelineEncode(kFlowHopPipeline, rec, task);
 }
 
 } /* extern "C" */

@@ -4,12 +4,8 @@
  * (5, 6, 7, 14) and the result group (8, 9, 12, 10), in that order.
  */
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
-#include "record_pipeline.h"
 #include "sensor_gpb_fields.h"
-#include "sensor_log_texts.h"
 
 extern "C" {
 uint8_t g_qumaStatsBuff1[MDTLM_GPB_SCRATCH_SIZE];
@@ -51,8 +47,7 @@ constexpr MDTLM_GPB_INT_FIELD kTimeStampInts[] = {
 
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeCommonInfo(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kCommonInts, rec).Result();
+    return MDTLM_GpbIntGroup(kCommonInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeAclInfo(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
@@ -73,24 +68,16 @@ extern "C" int32_t MDTLM_QUMA_GPB_EncodeResultInfo(const MDTLM_QUMA_RESULT_REC *
 
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeStatistics(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Group(MDTLM_QUMA_GPB_EncodeAclInfo, rec).Group(MDTLM_QUMA_GPB_EncodeResultInfo, rec);
-    return chain.Result();
+    return MDTLM_GpbGroups(rec, out, cap, MDTLM_QUMA_GPB_EncodeAclInfo, MDTLM_QUMA_GPB_EncodeResultInfo);
 }
 
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeData(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Group(MDTLM_QUMA_GPB_EncodeCommonInfo, rec).Group(MDTLM_QUMA_GPB_EncodeStatistics, rec);
-    return chain.Result();
+    return MDTLM_GpbGroups(rec, out, cap, MDTLM_QUMA_GPB_EncodeCommonInfo, MDTLM_QUMA_GPB_EncodeStatistics);
 }
 
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_GPB_NULL_RECORD_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeData>, rec,
-                                 g_qumaStatsBuff1, g_qumaStatsBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeData>(
+        rec, g_qumaStatsBuff1, g_qumaStatsBuff2, kContainerField, out, cap);
 }

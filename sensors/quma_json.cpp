@@ -1,10 +1,8 @@
 /*
  * JSON encoding of a result statistics record: one object and a comma.
  */
-#include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
-#include "sensor_log_texts.h"
 #include "sensor_record_fields.h"
 
 /* The record body. The keys use underscores, all but "vxlan-reserved-value-second",
@@ -26,11 +24,7 @@ constexpr uint32_t kProtocolTextSize = 32;
 
 extern "C" int32_t MDTLM_QUMA_JSON_CheckEncodePara(const MDTLM_QUMA_RESULT_REC *rec, const uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr || out == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_JSON_NULL_PARAM_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return cap < kJsonMinRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
 }
 
 extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)

@@ -9,6 +9,11 @@
 #include <cstdint>
 
 #include "gpb_chain.h"
+#include "gpb_frame.h"
+#include "mdtlm_log.h"
+#include "mdtlm_platform.h"
+#include "record_pipeline.h"
+#include "sensor_log_texts.h"
 #include "sensor_record_fields.h"
 
 typedef struct MDTLM_GPB_INT_FIELD {
@@ -36,6 +41,50 @@ MDTLM_GPB_CHAIN &MDTLM_GpbFixedText(MDTLM_GPB_CHAIN &chain, uint32_t field, cons
         return chain.Add(MDTLM_ENCODE_FAIL);
     }
     return chain.Str(field, text);
+}
+
+/* Chains a number as a decimal text field. */
+inline MDTLM_GPB_CHAIN &MDTLM_GpbNumberText(MDTLM_GPB_CHAIN &chain, uint32_t field, uint32_t value)
+{
+    char text[16];
+    if (sprintf_s(text, sizeof(text), "%u", value) < 0) {
+        return chain.Add(MDTLM_ENCODE_FAIL);
+    }
+    return chain.Str(field, text);
+}
+
+/* A group made of one table of integer fields. */
+template <std::size_t N>
+int32_t MDTLM_GpbIntGroup(const MDTLM_GPB_INT_FIELD (&rows)[N], const void *record, uint8_t *out, int32_t cap)
+{
+    MDTLM_GPB_CHAIN chain(out, cap);
+    return MDTLM_GpbIntFields(chain, rows, record).Result();
+}
+
+/* Group writers chained one after another into the same message. */
+template <typename Rec, typename... Groups>
+int32_t MDTLM_GpbGroups(const Rec *record, uint8_t *out, int32_t cap, Groups... groups)
+{
+    MDTLM_GPB_CHAIN chain(out, cap);
+    (chain.Group(groups, record), ...);
+    return chain.Result();
+}
+
+/* The GPB message encoder of a sensor: a null record is refused with the line
+ * `nullFormat` ("[%s:%d]..."); any other record has its body written by
+ * `EncodeData` and framed into `containerField` through the sensor's scratch
+ * buffers. */
+template <typename Rec, int32_t (*EncodeData)(const Rec *, uint8_t *, int32_t)>
+int32_t MDTLM_GpbEncodeSensorMsg(const Rec *rec, uint8_t *scratch1, uint8_t *scratch2, uint32_t containerField,
+                                 uint8_t *out, int32_t cap,
+                                 const char *nullFormat = MDTLM_SENSOR_GPB_NULL_RECORD_FORMAT)
+{
+    if (rec == nullptr) {
+        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, nullFormat, MDTLM_LOG_LABEL, __LINE__);
+        return MDTLM_ENCODE_FAIL;
+    }
+    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, EncodeData>, rec, scratch1, scratch2, containerField, out,
+                                 cap);
 }
 
 #endif /* MDTLM_SENSORS_SENSOR_GPB_FIELDS_H */

@@ -9,8 +9,24 @@
 #include <cstdarg>
 #include <cstdint>
 
+#include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_types.h"
+#include "sensor_log_texts.h"
+
+/* The parameter check of a JSON message encoder: MDTLM_ENCODE_FAIL, logged
+ * with `nullFormat` ("[%s:%d]..."), without a record or an output;
+ * MDTLM_ENCODE_NO_SPACE below `minRoom`, so the sample buffer is uploaded while
+ * it still has room for the longest record; else 0. */
+inline int32_t MDTLM_JsonCheckEncodePara(const void *rec, const uint8_t *out, int32_t cap, int32_t minRoom,
+                                         const char *nullFormat = MDTLM_SENSOR_JSON_NULL_PARAM_FORMAT)
+{
+    if (rec == nullptr || out == nullptr) {
+        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, nullFormat, MDTLM_LOG_LABEL, __LINE__);
+        return MDTLM_ENCODE_FAIL;
+    }
+    return cap < minRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+}
 
 /* Returns the length of "{", body and "}," together, or MDTLM_ENCODE_FAIL when
  * a piece does not fit. The terminating NUL the formatter leaves behind is not

@@ -15,4 +15,9 @@
 /* The JSON message encoder was handed no record or no output. */
 #define MDTLM_SENSOR_JSON_NULL_PARAM_TEXT "[FLOW_JSON_CheckEncodePara] Param error, msg is NULL."
 
+/* The same lines as complete formats, for helpers that log on behalf of a
+ * sensor and pass the label and line themselves. */
+#define MDTLM_SENSOR_GPB_NULL_RECORD_FORMAT "[%s:%d]" MDTLM_SENSOR_GPB_NULL_RECORD_TEXT
+#define MDTLM_SENSOR_JSON_NULL_PARAM_FORMAT "[%s:%d]" MDTLM_SENSOR_JSON_NULL_PARAM_TEXT
+
 #endif /* MDTLM_SENSORS_SENSOR_LOG_TEXTS_H */

@@ -111,4 +111,21 @@ uint32_t MDTLM_RecordFilterHolds(const MDTLM_RECORD_FIELD (&fields)[N], uint32_t
                                       filter->op);
 }
 
+/* A condition of a sensor whose ids `srcId` and `dstId` name address texts:
+ * those two are decided by `cmpSrc(rec, text)` and `cmpDst(rec, text)` with the
+ * condition's text, every other id by the record table. */
+template <typename Rec, std::size_t N, typename CmpSrc, typename CmpDst>
+uint32_t MDTLM_AddressConditionHolds(const MDTLM_RECORD_FIELD (&fields)[N], uint32_t srcId, CmpSrc cmpSrc,
+                                     uint32_t dstId, CmpDst cmpDst, uint32_t fieldId,
+                                     const MDTLM_PATH_CONDITION *cond, const void *record)
+{
+    if (fieldId != srcId && fieldId != dstId) {
+        return MDTLM_RecordConditionEquals(fields, fieldId, cond, record);
+    }
+    const Rec *rec = static_cast<const Rec *>(record);
+    char text[MDTLM_CONDITION_TEXT_SIZE];
+    MDTLM_ConditionText(cond, text);
+    return fieldId == srcId ? cmpSrc(rec, text) : cmpDst(rec, text);
+}
+
 #endif /* MDTLM_SENSORS_SENSOR_RECORD_FIELDS_H */

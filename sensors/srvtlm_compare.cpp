@@ -75,13 +75,10 @@ extern "C" uint32_t MDTLM_SRVTLM_CmpDstIpWithStr(const MDTLM_SRVTLM_FLOW_STATS_R
 extern "C" uint32_t MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithInfo(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,
                                                              const void *record)
 {
-    if (fieldId == kSourceIp || fieldId == kDestinationIp) {
-        const auto *rec = static_cast<const MDTLM_SRVTLM_FLOW_STATS_REC *>(record);
-        char text[MDTLM_CONDITION_TEXT_SIZE];
-        MDTLM_ConditionText(cond, text);
-        return fieldId == kSourceIp ? MDTLM_SRVTLM_CmpSrcIpWithStr(rec, text) : MDTLM_SRVTLM_CmpDstIpWithStr(rec, text);
-    }
-    return MDTLM_RecordConditionEquals(kConditionFields, fieldId, cond, record);
+    return MDTLM_AddressConditionHolds<MDTLM_SRVTLM_FLOW_STATS_REC>(kConditionFields, kSourceIp,
+                                                                    MDTLM_SRVTLM_CmpSrcIpWithStr, kDestinationIp,
+                                                                    MDTLM_SRVTLM_CmpDstIpWithStr, fieldId, cond,
+                                                                    record);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithFilter(uint32_t fieldId, const MDTLM_PATH_FILTER *filter,

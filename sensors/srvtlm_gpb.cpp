@@ -4,12 +4,8 @@
  * statistics group (6-8, the read group 9-13, the write group 14-19, 20-22).
  */
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
-#include "record_pipeline.h"
 #include "sensor_gpb_fields.h"
-#include "sensor_log_texts.h"
 #include "srvtlm_address.h"
 
 /* Shared by both I/O service sensors; both encode on the worker thread only. */
@@ -76,14 +72,12 @@ extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeFlowInfo(const Rec *rec, uint8_t 
 
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeReadInfo(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kReadInts, rec).Result();
+    return MDTLM_GpbIntGroup(kReadInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeWriteInfo(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kWriteInts, rec).Result();
+    return MDTLM_GpbIntGroup(kWriteInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeStatistics(const Rec *rec, uint8_t *out, int32_t cap)
@@ -97,17 +91,11 @@ extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeStatistics(const Rec *rec, uint8_
 
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeData(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Group(MDTLM_SRVTLM_FLOW_GPB_EncodeFlowInfo, rec).Group(MDTLM_SRVTLM_FLOW_GPB_EncodeStatistics, rec);
-    return chain.Result();
+    return MDTLM_GpbGroups(rec, out, cap, MDTLM_SRVTLM_FLOW_GPB_EncodeFlowInfo, MDTLM_SRVTLM_FLOW_GPB_EncodeStatistics);
 }
 
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_GPB_NULL_RECORD_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, MDTLM_SRVTLM_FLOW_GPB_EncodeData>, rec,
-                                 g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_SRVTLM_FLOW_GPB_EncodeData>(
+        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
 }

@@ -2,10 +2,8 @@
  * JSON encoding of an I/O service flow statistics record: one object and a
  * comma.
  */
-#include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
-#include "sensor_log_texts.h"
 #include "srvtlm_address.h"
 
 /* The record body: the record's names with underscores for hyphens. */
@@ -29,11 +27,7 @@ constexpr int32_t kJsonMinRoom = 1059;
 extern "C" int32_t MDTLM_SRVTLM_FLOW_JSON_CheckEncodePara(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, const uint8_t *out,
                                                           int32_t cap)
 {
-    if (rec == nullptr || out == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_JSON_NULL_PARAM_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return cap < kJsonMinRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FLOW_JSON_EncodeIpv4(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, char *src, char *dst,

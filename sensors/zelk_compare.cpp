@@ -57,13 +57,13 @@ extern "C" uint32_t MDTLM_ZELK_CmpIpv4WithStr(uint32_t addr, const char *text)
 extern "C" uint32_t MDTLM_ZELK_CmpFieldWithCondition(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,
                                                      const void *record)
 {
-    if (fieldId == kSourceIp || fieldId == kDestinationIp) {
-        const auto *rec = static_cast<const MDTLM_ZELK_CACHE_REC *>(record);
-        char text[MDTLM_CONDITION_TEXT_SIZE];
-        MDTLM_ConditionText(cond, text);
-        return MDTLM_ZELK_CmpIpv4WithStr(fieldId == kSourceIp ? rec->sourceIp : rec->destinationIp, text);
-    }
-    return MDTLM_RecordConditionEquals(kConditionFields, fieldId, cond, record);
+    using Rec = MDTLM_ZELK_CACHE_REC;
+    return MDTLM_AddressConditionHolds<Rec>(
+        kConditionFields, kSourceIp,
+        [](const Rec *rec, const char *text) { return MDTLM_ZELK_CmpIpv4WithStr(rec->sourceIp, text); },
+        kDestinationIp,
+        [](const Rec *rec, const char *text) { return MDTLM_ZELK_CmpIpv4WithStr(rec->destinationIp, text); },
+        fieldId, cond, record);
 }
 
 extern "C" uint32_t MDTLM_ZELK_CmpFieldWithThread(uint32_t fieldId, const MDTLM_PATH_FILTER *filter,

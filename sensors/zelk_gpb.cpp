@@ -3,13 +3,8 @@
  * field 1 entry with the key group (fields 1-7) and the data group (8-14).
  */
 #include "gpb_chain.h"
-#include "gpb_frame.h"
-#include "mdtlm_log.h"
-#include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
-#include "record_pipeline.h"
 #include "sensor_gpb_fields.h"
-#include "sensor_log_texts.h"
 
 extern "C" {
 uint8_t g_zelkCachesBuff1[MDTLM_GPB_SCRATCH_SIZE];
@@ -22,7 +17,6 @@ constexpr uint32_t kContainerField = 7;
 constexpr uint32_t kSlotField = 1;
 constexpr uint32_t kSourceIpField = 2;
 constexpr uint32_t kDestinationIpField = 3;
-constexpr uint32_t kSlotTextSize = 16;
 constexpr uint32_t kAddressTextSize = 32;
 
 constexpr MDTLM_GPB_INT_FIELD kKeyInts[] = {
@@ -58,34 +52,23 @@ extern "C" int32_t MDTLM_ZELK_GPB_EncodeIpAddress(const MDTLM_ZELK_CACHE_REC *re
 
 extern "C" int32_t MDTLM_ZELK_GPB_EncodeCacheKeyInfo(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
 {
-    char slot[kSlotTextSize];
-    if (sprintf_s(slot, sizeof(slot), "%u", rec->slotId) < 0) {
-        return MDTLM_ENCODE_FAIL;
-    }
     MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Str(kSlotField, slot).Group(MDTLM_ZELK_GPB_EncodeIpAddress, rec);
+    MDTLM_GpbNumberText(chain, kSlotField, rec->slotId).Group(MDTLM_ZELK_GPB_EncodeIpAddress, rec);
     return MDTLM_GpbIntFields(chain, kKeyInts, rec).Result();
 }
 
 extern "C" int32_t MDTLM_ZELK_GPB_EncodeCacheDataInfo(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    return MDTLM_GpbIntFields(chain, kDataInts, rec).Result();
+    return MDTLM_GpbIntGroup(kDataInts, rec, out, cap);
 }
 
 extern "C" int32_t MDTLM_ZELK_GPB_EncodeData(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
 {
-    MDTLM_GPB_CHAIN chain(out, cap);
-    chain.Group(MDTLM_ZELK_GPB_EncodeCacheKeyInfo, rec).Group(MDTLM_ZELK_GPB_EncodeCacheDataInfo, rec);
-    return chain.Result();
+    return MDTLM_GpbGroups(rec, out, cap, MDTLM_ZELK_GPB_EncodeCacheKeyInfo, MDTLM_ZELK_GPB_EncodeCacheDataInfo);
 }
 
 extern "C" int32_t MDTLM_ZELK_GPB_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, MDTLM_SENSOR_GPB_NULL_RECORD_TEXT);
-        return MDTLM_ENCODE_FAIL;
-    }
-    return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeData>, rec,
-                                 g_zelkCachesBuff1, g_zelkCachesBuff2, kContainerField, out, cap);
+    return MDTLM_GpbEncodeSensorMsg<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeData>(
+        rec, g_zelkCachesBuff1, g_zelkCachesBuff2, kContainerField, out, cap);
 }

@@ -1,10 +1,10 @@
 /*
  * JSON encoding of an export flow cache record: one object and a comma.
  */
-#include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "srvtlm_address.h"
 
 /* The record body: members in record order, enumerations as texts. */
 #define MDTLM_ZELK_JSON_BODY                                                                                   \
@@ -19,6 +19,7 @@ namespace {
 
 /* Below this much room the sample buffer counts as full (the longest object is 410 bytes). */
 constexpr int32_t kJsonMinRoom = 633;
+constexpr const char *kNullParamFormat = "[%s:%d][ZELK][JSON] Param error, msg is NULL.";
 constexpr uint32_t kNumberTextSize = 32;
 constexpr uint32_t kAddressTextSize = 32;
 constexpr uint32_t kEnumTextSize = 128;
@@ -27,20 +28,12 @@ constexpr uint32_t kEnumTextSize = 128;
 
 extern "C" int32_t MDTLM_ZELK_JSON_CheckEncodePara(const MDTLM_ZELK_CACHE_REC *rec, const uint8_t *out, int32_t cap)
 {
-    if (rec == nullptr || out == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[ZELK][JSON] Param error, msg is NULL.");
-        return MDTLM_ENCODE_FAIL;
-    }
-    return cap < kJsonMinRoom ? MDTLM_ENCODE_NO_SPACE : 0;
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kNullParamFormat);
 }
 
 extern "C" uint32_t MDTLM_ZELK_JSON_EncodeIpv4(const MDTLM_ZELK_CACHE_REC *rec, char *src, char *dst, uint32_t cap)
 {
-    const uint32_t ret = MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->sourceIp, src, cap);
-    if (ret != 0) {
-        return ret;
-    }
-    return MDTLM_VRALDCN_ConvertIpv4AddrToStr(rec->destinationIp, dst, cap);
+    return MDTLM_SrvtlmIpv4Pair(&rec->sourceIp, &rec->destinationIp, src, dst, cap);
 }
 
 extern "C" int32_t MDTLM_ZELK_JSON_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)

@@ -54,6 +54,30 @@ MDTLM_REPORT_PERF_SLOT *SlotForCounting(uint32_t period)
     return slot;
 }
 
+using PerfField = uint32_t MDTLM_REPORT_PERF_REC::*;
+
+/* Marks the slot changed and adds to two of its counts; no slot, no change. */
+void AddPair(MDTLM_REPORT_PERF_SLOT *slot, PerfField first, PerfField second, uint32_t a, uint32_t b)
+{
+    if (slot == nullptr) {
+        return;
+    }
+    slot->dirty = 1;
+    slot->rec.*first += a;
+    slot->rec.*second += b;
+}
+
+/* Marks the slot changed and stores a seconds / milliseconds pair. */
+void SetPair(MDTLM_REPORT_PERF_SLOT *slot, PerfField seconds, PerfField milliseconds, uint32_t s, uint32_t ms)
+{
+    if (slot == nullptr) {
+        return;
+    }
+    slot->dirty = 1;
+    slot->rec.*seconds = s;
+    slot->rec.*milliseconds = ms;
+}
+
 } // namespace
 
 extern "C" {
@@ -108,48 +132,28 @@ void MDTLM_VRALDCN_UpdateReportPerfPeriodIndex(uint32_t period)
 
 void MDTLM_VRALDCN_UpdateReportPerfInFwmItermCnt(uint32_t period, uint32_t items, uint32_t bytes)
 {
-    MDTLM_REPORT_PERF_SLOT *slot = SlotForCounting(period);
-    if (slot == nullptr) {
-        return;
-    }
-    slot->dirty = 1;
-    slot->rec.in_fwm_item_count += items;
-    slot->rec.in_fwm_item_byte_count += bytes;
+    AddPair(SlotForCounting(period), &MDTLM_REPORT_PERF_REC::in_fwm_item_count,
+            &MDTLM_REPORT_PERF_REC::in_fwm_item_byte_count, items, bytes);
 }
 
 void MDTLM_VRALDCN_UpdateReportPerfOutItemCnt(uint32_t period, uint32_t items, uint32_t bytes)
 {
-    MDTLM_REPORT_PERF_SLOT *slot = SlotForCounting(period);
-    if (slot == nullptr) {
-        return;
-    }
-    slot->dirty = 1;
-    slot->rec.out_item_count += items;
-    slot->rec.out_item_byte_count += bytes;
+    AddPair(SlotForCounting(period), &MDTLM_REPORT_PERF_REC::out_item_count,
+            &MDTLM_REPORT_PERF_REC::out_item_byte_count, items, bytes);
 }
 
 void MDTLM_VRALDCN_UpdateReportPerfStartTime(uint32_t period, uint32_t seconds, uint32_t milliseconds)
 {
     /* The start time belongs to the row of `period`: a slot still holding an
      * older period is claimed first, as a count would claim it. */
-    MDTLM_REPORT_PERF_SLOT *slot = SlotForCounting(period);
-    if (slot == nullptr) {
-        return;
-    }
-    slot->dirty = 1;
-    slot->rec.start_time_s = seconds;
-    slot->rec.start_time_ms = milliseconds;
+    SetPair(SlotForCounting(period), &MDTLM_REPORT_PERF_REC::start_time_s, &MDTLM_REPORT_PERF_REC::start_time_ms,
+            seconds, milliseconds);
 }
 
 void MDTLM_VRALDCN_UpdateReportPerfEndTime(uint32_t period, uint32_t seconds, uint32_t milliseconds)
 {
-    MDTLM_REPORT_PERF_SLOT *slot = SlotOf(period);
-    if (slot == nullptr) {
-        return;
-    }
-    slot->dirty = 1;
-    slot->rec.end_time_s = seconds;
-    slot->rec.end_time_ms = milliseconds;
+    SetPair(SlotOf(period), &MDTLM_REPORT_PERF_REC::end_time_s, &MDTLM_REPORT_PERF_REC::end_time_ms, seconds,
+            milliseconds);
 }
 
 void MDTLM_VRALDCN_UpdateReportPerfToDb(void)

@@ -44,6 +44,56 @@ bool RowExists(const MDTLM_DB_KEY_DESC *desc, const MDTLM_DB_KEY *key)
     return db_read_obj(handle.Get(), desc, key) == 0;
 }
 
+/* Failure lines of the three steps of storing a row, each with "ret: %d". */
+struct StoreTexts {
+    const char *create;
+    const char *fill;
+    const char *store;
+};
+
+constexpr StoreTexts kUpdateTexts = {
+    "[%s:%d][UpdateDbData] Create vraldcn_mdtlm_report_perf obj failed, ret: %d.",
+    "[%s:%d][UpdateDbData] set vraldcn_mdtlm_report_perf field failed, ret: %d.",
+    "[%s:%d][UpdateDbData] Update vraldcn_mdtlm_report_perf failed, ret: %d.",
+};
+
+constexpr StoreTexts kWriteTexts = {
+    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Create vraldcn_mdtlm_report_perf failed ret: %d.",
+    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Set vraldcn_mdtlm_report_perf all field failed ret: %d.",
+    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Write vraldcn_mdtlm_report_perf failed ret: %d.",
+};
+
+void LogStoreFailure(const char *format, uint32_t ret)
+{
+    MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, format, MDTLM_LOG_LABEL, __LINE__, static_cast<int32_t>(ret));
+}
+
+/* Creates a handle for `operation`, fills it, stores it. The handle is given
+ * back before a failure is logged; any failing step makes the result 1. */
+template <typename Fill, typename Store>
+uint32_t StoreRow(uint32_t operation, const StoreTexts &texts, Fill fill, Store store)
+{
+    MDTLM_ReportPerfDbHandle handle;
+    uint32_t ret = handle.Create(operation);
+    if (ret != 0) {
+        LogStoreFailure(texts.create, ret);
+        return 1;
+    }
+    ret = fill(handle.Get());
+    if (ret != 0) {
+        handle.Release();
+        LogStoreFailure(texts.fill, ret);
+        return 1;
+    }
+    ret = store(handle.Get());
+    handle.Release();
+    if (ret != 0) {
+        LogStoreFailure(texts.store, ret);
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 extern "C" {
@@ -54,32 +104,16 @@ uint32_t MDTLM_VRALDCN_UpdateReportPerfEntryDb(const MDTLM_DB_KEY_DESC *desc, co
     if (rec == nullptr) {
         return 1;
     }
-    MDTLM_ReportPerfDbHandle handle;
-    uint32_t ret = handle.Create(MDTLM_DB_OP_UPDATE);
-    if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[UpdateDbData] Create vraldcn_mdtlm_report_perf obj failed, ret: %d.",
-                  static_cast<int32_t>(ret));
-        return 1;
-    }
-    /* Every setter runs even after one fails; their results are summed. */
-    uint32_t sum = 0;
-    for (const FieldSetter &setter : kFieldSetters) {
-        sum += setter.set(handle.Get(), rec->*setter.field);
-    }
-    if (sum != 0) {
-        handle.Release();
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[UpdateDbData] set vraldcn_mdtlm_report_perf field failed, ret: %d.",
-                  static_cast<int32_t>(sum));
-        return 1;
-    }
-    ret = db_update_obj(handle.Get(), desc, key);
-    handle.Release();
-    if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[UpdateDbData] Update vraldcn_mdtlm_report_perf failed, ret: %d.",
-                  static_cast<int32_t>(ret));
-        return 1;
-    }
-    return 0;
+    return StoreRow(MDTLM_DB_OP_UPDATE, kUpdateTexts,
+                    [rec](void *handle) {
+                        /* Every setter runs even after one fails; their results are summed. */
+                        uint32_t sum = 0;
+                        for (const FieldSetter &setter : kFieldSetters) {
+                            sum += setter.set(handle, rec->*setter.field);
+                        }
+                        return sum;
+                    },
+                    [desc, key](void *handle) { return db_update_obj(handle, desc, key); });
 }
 
 uint32_t MDTLM_VRALDCN_WriteReportPerfEntryDb(const MDTLM_REPORT_PERF_REC *rec)
@@ -87,29 +121,10 @@ uint32_t MDTLM_VRALDCN_WriteReportPerfEntryDb(const MDTLM_REPORT_PERF_REC *rec)
     if (rec == nullptr) {
         return 1;
     }
-    MDTLM_ReportPerfDbHandle handle;
-    uint32_t ret = handle.Create(MDTLM_DB_OP_WRITE);
-    if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_WriteReportPerfEntryDb] Create vraldcn_mdtlm_report_perf failed ret: %d.",
-                  static_cast<int32_t>(ret));
-        return 1;
-    }
-    ret = db_set_vraldcn_mdtlm_report_perf_all_fields(handle.Get(), rec, sizeof(*rec));
-    if (ret != 0) {
-        handle.Release();
-        MDTLM_LOG(MDTLM_LOG_FAILURE,
-                  "[VRALDCN_WriteReportPerfEntryDb] Set vraldcn_mdtlm_report_perf all field failed ret: %d.",
-                  static_cast<int32_t>(ret));
-        return 1;
-    }
-    ret = db_write_obj(handle.Get());
-    handle.Release();
-    if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_WriteReportPerfEntryDb] Write vraldcn_mdtlm_report_perf failed ret: %d.",
-                  static_cast<int32_t>(ret));
-        return 1;
-    }
-    return 0;
+    return StoreRow(
+        MDTLM_DB_OP_WRITE, kWriteTexts,
+        [rec](void *handle) { return db_set_vraldcn_mdtlm_report_perf_all_fields(handle, rec, sizeof(*rec)); },
+        [](void *handle) { return db_write_obj(handle); });
 }
 
 uint32_t MDTLM_VRALDCN_AddReportPerfEntryDbData(const MDTLM_REPORT_PERF_REC *rec)

@@ -73,66 +73,23 @@ uint32_t MDTLM_VRALDCN_DelTlmTask(uint32_t sensorType, uint32_t instanceId, uint
 }
 
 /* Per-sensor forwarders registered with the sensor paths. */
+#define MDTLM_TASK_FORWARDERS(ADD, DEL, SENSOR)                                                     \
+    uint32_t ADD(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)      \
+    {                                                                                               \
+        return MDTLM_VRALDCN_AddTlmTask((SENSOR), instanceId, taskId, pathInfo);                    \
+    }                                                                                               \
+    uint32_t DEL(uint32_t instanceId, uint32_t taskId)                                              \
+    {                                                                                               \
+        return MDTLM_VRALDCN_DelTlmTask((SENSOR), instanceId, taskId);                              \
+    }
 
-uint32_t MDTLM_VRALDCN_FLOW_AddTlmTask(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_VRAL_FLOW, instanceId, taskId, pathInfo);
-}
+MDTLM_TASK_FORWARDERS(MDTLM_VRALDCN_FLOW_AddTlmTask, MDTLM_VRALDCN_FLOW_DelTlmTask, MDTLM_SENSOR_VRAL_FLOW)
+MDTLM_TASK_FORWARDERS(MDTLM_VRALDCN_FLOWHOP_AddTlmTask, MDTLM_VRALDCN_FLOWHOP_DelTlmTask, MDTLM_SENSOR_VRAL_FLOWHOP)
+MDTLM_TASK_FORWARDERS(FWM_SRVTLM_FLOW_AddTlmTask, FWM_SRVTLM_FLOW_DelTlmTask, MDTLM_SENSOR_SRVTLM_FLOW)
+MDTLM_TASK_FORWARDERS(FWM_QUMA_FLOW_AddTlmTask, FWM_QUMA_FLOW_DelTlmTask, MDTLM_SENSOR_QUMA_RESULT)
+MDTLM_TASK_FORWARDERS(FWM_SRVTLM_FCTFLOW_AddTlmTask, FWM_SRVTLM_FCTFLOW_DelTlmTask, MDTLM_SENSOR_SRVTLM_FCTFLOW)
+MDTLM_TASK_FORWARDERS(FWM_ZELK_FLOW_AddTlmTask, FWM_ZELK_FLOW_DelTlmTask, MDTLM_SENSOR_ZELK_CACHE)
 
-uint32_t MDTLM_VRALDCN_FLOW_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_VRAL_FLOW, instanceId, taskId);
-}
-
-uint32_t MDTLM_VRALDCN_FLOWHOP_AddTlmTask(uint32_t instanceId, uint32_t taskId,
-                                          const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_VRAL_FLOWHOP, instanceId, taskId, pathInfo);
-}
-
-uint32_t MDTLM_VRALDCN_FLOWHOP_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_VRAL_FLOWHOP, instanceId, taskId);
-}
-
-uint32_t FWM_SRVTLM_FLOW_AddTlmTask(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_SRVTLM_FLOW, instanceId, taskId, pathInfo);
-}
-
-uint32_t FWM_SRVTLM_FLOW_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_SRVTLM_FLOW, instanceId, taskId);
-}
-
-uint32_t FWM_QUMA_FLOW_AddTlmTask(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_QUMA_RESULT, instanceId, taskId, pathInfo);
-}
-
-uint32_t FWM_QUMA_FLOW_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_QUMA_RESULT, instanceId, taskId);
-}
-
-uint32_t FWM_SRVTLM_FCTFLOW_AddTlmTask(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_SRVTLM_FCTFLOW, instanceId, taskId, pathInfo);
-}
-
-uint32_t FWM_SRVTLM_FCTFLOW_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_SRVTLM_FCTFLOW, instanceId, taskId);
-}
-
-uint32_t FWM_ZELK_FLOW_AddTlmTask(uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO *pathInfo)
-{
-    return MDTLM_VRALDCN_AddTlmTask(MDTLM_SENSOR_ZELK_CACHE, instanceId, taskId, pathInfo);
-}
-
-uint32_t FWM_ZELK_FLOW_DelTlmTask(uint32_t instanceId, uint32_t taskId)
-{
-    return MDTLM_VRALDCN_DelTlmTask(MDTLM_SENSOR_ZELK_CACHE, instanceId, taskId);
-}
+#undef MDTLM_TASK_FORWARDERS
 
 } /* extern "C" */

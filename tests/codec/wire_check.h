@@ -21,9 +21,7 @@
 namespace codec_test {
 
 using google::protobuf::UnknownField;
-using google::protobuf::UnknownFieldSet;
 
-/* One decoded field: number, wire type and value. */
 struct WireField {
     int number;
     UnknownField::Type type;
@@ -31,69 +29,43 @@ struct WireField {
     std::string bytes;
 };
 
-inline std::vector<WireField> Decode(const uint8_t *data, int32_t len)
+inline std::vector<WireField> Decode(const std::string &bytes)
 {
-    UnknownFieldSet set;
-    EXPECT_TRUE(set.ParseFromArray(data, len)) << "not a protobuf message";
+    google::protobuf::UnknownFieldSet set;
+    EXPECT_TRUE(set.ParseFromString(bytes)) << "not a protobuf message";
     std::vector<WireField> fields;
     for (int i = 0; i < set.field_count(); ++i) {
         const UnknownField &f = set.field(i);
-        WireField w{f.number(), f.type(), 0, {}};
-        if (f.type() == UnknownField::TYPE_VARINT) {
-            w.varint = f.varint();
-        } else if (f.type() == UnknownField::TYPE_LENGTH_DELIMITED) {
-            w.bytes = f.length_delimited();
-        }
-        fields.push_back(w);
+        fields.push_back({f.number(), f.type(), f.type() == UnknownField::TYPE_VARINT ? f.varint() : 0,
+                          f.type() == UnknownField::TYPE_LENGTH_DELIMITED ? f.length_delimited() : ""});
     }
     return fields;
-}
-
-inline std::vector<WireField> Decode(const std::string &bytes)
-{
-    return Decode(reinterpret_cast<const uint8_t *>(bytes.data()), static_cast<int32_t>(bytes.size()));
 }
 
 /* The bytes libprotobuf writes for the same content. */
 template <typename Fn>
 std::string Reference(Fn write)
 {
-    std::string out(64 * 1024, '\0');
-    google::protobuf::io::ArrayOutputStream array(out.data(), static_cast<int>(out.size()));
-    int64_t used;
+    std::string out;
     {
-        google::protobuf::io::CodedOutputStream stream(&array);
+        google::protobuf::io::StringOutputStream string(&out);
+        google::protobuf::io::CodedOutputStream stream(&string);
         write(stream);
-        used = stream.ByteCount();
     }
-    out.resize(static_cast<size_t>(used));
     return out;
 }
 
 /* An output range of `cap` bytes followed by guard bytes that no writer may touch. */
-class Guarded {
-public:
+struct Guarded {
     static constexpr uint8_t kFill = 0xA5;
-    static constexpr size_t kGuard = 16;
-
-    explicit Guarded(size_t cap) : cap_(cap), bytes_(cap + kGuard, kFill) {}
-    uint8_t *out() { return bytes_.data(); }
+    explicit Guarded(size_t capacity) : cap_(capacity), bytes(capacity + 16, kFill) {}
+    uint8_t *out() { return bytes.data(); }
     int32_t cap() const { return static_cast<int32_t>(cap_); }
-    std::string Head(int32_t n) const { return std::string(bytes_.begin(), bytes_.begin() + n); }
-    bool GuardIntact() const
-    {
-        for (size_t i = cap_; i < bytes_.size(); ++i) {
-            if (bytes_[i] != kFill) {
-                return false;
-            }
-        }
-        return true;
-    }
-    bool Untouched() const { return GuardIntact() && Head(cap()) == std::string(cap_, static_cast<char>(kFill)); }
-
-private:
+    std::string Head(int32_t n) const { return std::string(bytes.begin(), bytes.begin() + n); }
+    bool GuardIntact() const { return std::string(bytes.begin() + cap_, bytes.end()) == std::string(16, kFill); }
+    bool Untouched() const { return Head(static_cast<int32_t>(bytes.size())) == std::string(bytes.size(), kFill); }
     size_t cap_;
-    std::vector<uint8_t> bytes_;
+    std::vector<uint8_t> bytes;
 };
 
 /* Tests that check log lines bind the framework double's table first. */
@@ -105,18 +77,18 @@ protected:
         ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
         FakeFramework::Get().ClearLogs();
     }
-    static std::vector<std::string> Shapes() { return FakeFramework::Get().Shapes(); }
-    static std::vector<uint32_t> Levels()
+    /* Delivered lines as "level shape-without-label". */
+    static std::vector<std::string> Logged()
     {
-        std::vector<uint32_t> levels;
+        const std::string label = "[mdtlm.vraldcn.statis:#]";
+        std::vector<std::string> out;
         for (const CapturedLog &log : FakeFramework::Get().Logs()) {
-            levels.push_back(log.level);
+            EXPECT_EQ(log.shape.rfind(label, 0), 0u) << log.text;
+            out.push_back(std::to_string(log.level) + " " + log.shape.substr(label.size()));
         }
-        return levels;
+        return out;
     }
 };
-
-inline std::string Line(const std::string &tagAndText) { return "[mdtlm.vraldcn.statis:#]" + tagAndText; }
 
 } // namespace codec_test
 

@@ -1,9 +1,7 @@
 /*
- * Hot-patch hooks: the service's function lists, the sync hook and the
- * reserved entry points.
+ * Hot-patch hooks: the service's function lists and the sync hook.
  */
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -41,21 +39,6 @@ TEST_F(FrameTest, ActivationStopsAtTheFirstFailingFunctionAndGivesTheListBack)
     EXPECT_EQ(MDTLM_HOST_HpxOutstanding(), 0u);
 }
 
-TEST_F(FrameTest, ListQueriesWithoutFunctionsOrFailing)
-{
-    Bind();
-    FWM_MDTLM_VRALDCN_C2HActive();
-    FWM_MDTLM_VRALDCN_C2HDeactive();
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_HPX_GET_ACTIVE, 0, 1, 5);
-    FWM_MDTLM_VRALDCN_C2HActive();
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_HPX_GET_DEACTIVE, 0, 1, 5);
-    FWM_MDTLM_VRALDCN_C2HDeactive();
-    EXPECT_EQ(Fw().Shapes(), Lines({"[PATCH][FWM_MDTLM_VRALDCN]No C2H func", "[PATCH][FWM_MDTLM_VRALDCN]No C2H func",
-                                    "[PATCH][FWM_MDTLM_VRALDCN]HPX_PAT_GetC2HActiveFunc failed",
-                                    "[PATCH][FWM_MDTLM_VRALDCN]HPX_PAT_GetC2HDeactiveFunc failed"}));
-    EXPECT_EQ(MDTLM_HOST_HpxOutstanding(), 0u);
-}
-
 TEST_F(FrameTest, SyncHook)
 {
     Bind();
@@ -85,29 +68,3 @@ TEST_F(FrameTest, SyncHook)
     }
 }
 
-TEST_F(FrameTest, ReservedFunctionsWriteTheirLineNineTimesOnConsecutiveLines)
-{
-    Bind();
-    uint32_t (*const fns[])(void) = {FWM_MDTLM_PatchReservedFun1, FWM_MDTLM_PatchReservedFun2,
-                                     FWM_MDTLM_PatchReservedFun3, FWM_MDTLM_PatchReservedFun4,
-                                     FWM_MDTLM_PatchReservedFun5, FWM_MDTLM_PatchReservedFun6,
-                                     FWM_MDTLM_PatchReservedFun7, FWM_MDTLM_PatchReservedFun8,
-                                     FWM_MDTLM_PatchReservedFun9, FWM_MDTLM_PatchReservedFun10};
-    for (int n = 1; n <= 10; ++n) {
-        std::string text = n < 10 ? "This is FEM's FWM_MDTLM_PatchFun" + std::to_string(n) : "This is FEM's PatchFun10";
-        SCOPED_TRACE(text);
-        Fw().ClearLogs();
-        EXPECT_EQ(fns[n - 1](), 0u);
-        auto logs = Fw().Logs();
-        ASSERT_EQ(logs.size(), 9u);
-        int first = -1;
-        for (size_t i = 0; i < logs.size(); ++i) {
-            int line = 0;
-            EXPECT_EQ(logs[i].shape, L(text));
-            EXPECT_EQ(logs[i].level, 2u);
-            ASSERT_EQ(std::sscanf(logs[i].text.c_str(), "[mdtlm.vraldcn.statis:%d]", &line), 1);
-            first = i == 0 ? line : first;
-            EXPECT_EQ(line, first + static_cast<int>(i));
-        }
-    }
-}

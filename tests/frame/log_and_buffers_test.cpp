@@ -8,20 +8,6 @@
 
 using FrameTest = PluginTest;
 
-TEST_F(FrameTest, NothingIsLoggedOrAllocatedBeforeBinding)
-{
-    Fw().Uninstall();
-    EXPECT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 1u);
-    MDTLM_VRALDCN_WriteTlmLog(2, "%s", "early");
-    EXPECT_EQ(MDTLM_VRALDCN_BufAlloc(16), nullptr);
-    EXPECT_EQ(MDTLM_VRALDCN_SampleXpathRegister(), 1u);
-    Fw().Install();
-    Bind();
-    MDTLM_VRALDCN_WriteTlmLog(2, nullptr);
-    EXPECT_TRUE(Fw().Logs().empty());
-    EXPECT_EQ(Fw().Allocations(), 0u);
-}
-
 TEST_F(FrameTest, LogLinesLongerThan254CharactersAreDroppedWhole)
 {
     Bind();

@@ -126,11 +126,3 @@ TEST_P(FrameStartupFailure, LogsReleasesAndReturnsTheStepCode)
 INSTANTIATE_TEST_SUITE_P(Steps, FrameStartupFailure, ::testing::ValuesIn(kFailures),
                          [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(FrameTest, SecondStartupDeliversTheStartNotice)
-{
-    Fw().table.RegXpath = nullptr;
-    ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);
-    Fw().ClearLogs();
-    ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);
-    EXPECT_EQ(Fw().Shapes().at(0), L("[VRALDCN_Init] start."));
-}

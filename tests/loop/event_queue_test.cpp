@@ -79,18 +79,6 @@ TEST_F(LoopTest, MalformedAndFailingEventsAreReleased)
     EXPECT_EQ(g_handled.back(), (std::pair<uint32_t, uint32_t>{2, 9}));
 }
 
-TEST_F(LoopTest, PopOfAnEmptyQueueAndPushWithoutQueue)
-{
-    Bind();
-    MDTLM_EVENT_MSG *early = NewEvent(1, 3544, 0);
-    EXPECT_EQ(MDTLM_VRALDCN_EVENT_Push(early), 1u); /* still the caller's */
-    Free(early);
-    EXPECT_TRUE(Fw().Logs().empty());
-    Start();
-    EXPECT_EQ(MDTLM_VRALDCN_EVENT_Pop(g_mdtlmVralDcnTaskEventHdl), 0u);
-    EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_EVENT_Pop] Queue no data."}));
-}
-
 TEST_F(LoopTest, FullEventQueueRefusesThe1025thEvent)
 {
     Start();

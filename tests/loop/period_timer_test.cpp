@@ -38,20 +38,6 @@ protected:
 
 } // namespace
 
-TEST_F(LoopTimerTest, CreatedOnceAndRetriedAfterFailure)
-{
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_TIMER_CREATE, 0, 1, -3);
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 1u);
-    EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
-    EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_TIMER_Create] create timer failed, timerId: -3."}));
-
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
-    EXPECT_GT(g_mdtlmVralDcnTimerId, 0);
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
-    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_CREATE), 2u);
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimerSecondCnt(), 0u); /* no tick yet */
-}
-
 TEST_F(LoopTimerTest, TenTicksQueueTenEventsCarryingTheCounter)
 {
     ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);

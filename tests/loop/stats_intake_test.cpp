@@ -1,13 +1,7 @@
 /*
  * Statistics intake: which entries of a batch are kept, exact copies on the
- * statistics queue, refused bodies, a full queue and a real datagram.
+ * statistics queue, refused bodies and a full queue.
  */
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -106,40 +100,6 @@ TEST_F(LoopTest, IntakeBatches)
                                     "[STATS_IPC_RecvMsgProc] Revc msg is null."}));
 }
 
-TEST_F(LoopTest, UncopiedMessagesAreDropped)
-{
-    Bind();
-    Bytes body = Body(264, 3);
-    MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(6, body.data(), 56);
-    EXPECT_EQ(Fw().Shapes(), Lines({"[NTVVRALDCN_STATS_QUE_Push] Handle is NULL.",
-                                    "[PushMsgToStatsQue] Push msg to task queue failed, 1."}));
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_QUE_Pop(), nullptr);
-
-    Start();
-    const struct {
-        uint32_t len;
-        bool failCopy, allocAttempted;
-    } cases[] = {{4294967288u, false, false}, {4294967287u, false, true}, {264, true, true}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.len);
-        Fw().ClearLogs();
-        if (c.failCopy) {
-            MDTLM_HOST_FaultSet(MDTLM_HOST_OP_MEMCPY_S, 0, 1, 22);
-        } else {
-            Fw().FailAlloc(1); /* used up only if the plug-in asks for a buffer */
-        }
-        MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(1, body.data(), c.len);
-        EXPECT_EQ(Fw().Shapes(),
-                  Lines({"[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: " + std::to_string(c.len) + ","}));
-        void *probe = MDTLM_VRALDCN_BufAlloc(8);
-        EXPECT_EQ(probe != nullptr, c.allocAttempted);
-        Free(probe);
-        Fw().FailAlloc(0, 0);
-        EXPECT_EQ(MDTLM_HOST_QueueCount(g_mdtlmNtvVralDcnStatsQueHdl), 0);
-        EXPECT_EQ(Fw().Outstanding(), 0);
-    }
-}
-
 TEST_F(LoopTest, FullStatisticsQueueDropsTheNextMessage)
 {
     Start();
@@ -156,35 +116,3 @@ TEST_F(LoopTest, FullStatisticsQueueDropsTheNextMessage)
     ExpectPopped(6, body);
 }
 
-TEST_F(LoopTest, DatagramReachesTheStatisticsQueue)
-{
-    Start();
-    ScopedTask zelk(6);
-    uint16_t port = MDTLM_HOST_ChanLocalPort(nullptr);
-    ASSERT_NE(port, 0);
-
-    /* One datagram, two messages: a whole record, then a short one. */
-    Bytes body = Body(56, 5), datagram;
-    for (const Bytes &b : {body, Body(10, 1)}) {
-        uint32_t header[2] = {6, static_cast<uint32_t>(b.size())};
-        datagram.insert(datagram.end(), reinterpret_cast<uint8_t *>(header), reinterpret_cast<uint8_t *>(header + 2));
-        datagram.insert(datagram.end(), b.begin(), b.end());
-    }
-    int sock = socket(AF_INET, SOCK_DGRAM, 0);
-    ASSERT_GE(sock, 0);
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(port);
-    to.sin_addr.s_addr = inet_addr("127.0.0.1");
-    ASSERT_EQ(sendto(sock, datagram.data(), datagram.size(), 0, reinterpret_cast<sockaddr *>(&to), sizeof(to)),
-              static_cast<ssize_t>(datagram.size()));
-    close(sock);
-
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt() == 0 && std::chrono::steady_clock::now() < deadline) {
-        MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 100, 1);
-    }
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(), 1u);
-    ASSERT_EQ(MDTLM_HOST_QueueCount(g_mdtlmNtvVralDcnStatsQueHdl), 1);
-    ExpectPopped(6, body);
-}

@@ -68,14 +68,3 @@ TEST_F(LoopTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
     EXPECT_EQ(CallsSinceReset(), (PlatformCalls{0, 0, 0, 0}));
 }
 
-TEST_F(LoopTest, UnloadAfterFailedStartup)
-{
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_CHAN_SERVER, 0, 1, 4);
-    ASSERT_EQ(MDTLM_VRALDCN_Init(7), 1u);
-    ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 1)), 0u);
-    MDTLM_HOST_CallCountReset();
-    MDTLM_VRALDCN_Unload();
-    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{1, 0, 0, 0}));
-    EXPECT_EQ(Fw().Outstanding(), 0);
-    ExpectNothingLeft();
-}

@@ -13,22 +13,14 @@
 /* An epoll instance for one test, destroyed at the end of it. */
 class ScopedEpoll {
 public:
-    ScopedEpoll() : id_(FWM_EPOLL_Create()) {}
-    ~ScopedEpoll()
-    {
-        if (id_ >= 0)
-            FWM_EPOLL_Destroy(Id());
-    }
+    ScopedEpoll() : id_(static_cast<uint32_t>(FWM_EPOLL_Create())) {}
+    ~ScopedEpoll() { FWM_EPOLL_Destroy(id_); }
     ScopedEpoll(const ScopedEpoll &) = delete;
     ScopedEpoll &operator=(const ScopedEpoll &) = delete;
-
-    bool Valid() const { return id_ >= 0; }
-    uint32_t Id() const { return static_cast<uint32_t>(id_); }
-    /* The test destroyed it itself. */
-    void Forget() { id_ = -1; }
+    uint32_t Id() const { return id_; }
 
 private:
-    int32_t id_;
+    uint32_t id_;
 };
 
 /* Polls `done` until it holds or two seconds pass; true when it held. */

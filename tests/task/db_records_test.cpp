@@ -221,42 +221,4 @@ TEST_F(DbRecords, TaskStatisticsFollowTheTask)
     EXPECT_EQ(Task(1, 5, 9)->stats.recvMsgCnt, 4u);
 }
 
-TEST_F(DbRecords, TaskStatisticsStoreFailures)
-{
-    ASSERT_EQ(Add(3, 1, 9), 0u);
-    struct Case {
-        MDTLM_HOST_OP op;
-        uint32_t skip;
-        bool logged;
-        int64_t recvAfter;
-    };
-    const Case cases[] = {
-        {MDTLM_HOST_OP_DB_WRITE, 0, true, 0}, {MDTLM_HOST_OP_DB_SET_ALL, 0, true, 0},
-        {MDTLM_HOST_OP_DB_CREATE, 1, true, 0}, /* the write handle after the read one */
-        {MDTLM_HOST_OP_DB_READ, 0, false, 2},  /* unreadable: created anew from the deltas */
-        {MDTLM_HOST_OP_DB_GET_ALL, 0, false, 2},
-    };
-    MDTLM_DB_KEY key{0, 9};
-    MDTLM_TASK_DATA *task = Task(3, 1, 9);
-    for (const Case &c : cases) {
-        task->stats.recvMsgCnt = 2;
-        fw().ClearLogs();
-        MDTLM_HOST_FaultSet(c.op, c.skip, 1, 1);
-        MDTLM_FEM_WriteTaskStat2DbProc(3, task);
-        MDTLM_HOST_FaultClear();
-        EXPECT_EQ(Logs(), c.logged ? Lines{"2 [MDTLM_VRALDCN_TASK] Write task stat to db failed."} : Lines{});
-        EXPECT_EQ(task->stats.recvMsgCnt, 0u); /* the delta is gone either way */
-        EXPECT_EQ(Stat(9, "recv_msg_count"), c.recvAfter);
-        EXPECT_EQ(MDTLM_HOST_DbOpenHandles(), 0u);
-        MDTLM_FEM_DelTaskStatDbRecord(&key);
-        MDTLM_FEM_WriteTaskStat2DbProc(3, task);
-    }
-    MDTLM_FEM_DelTaskStatDb(task);
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_DB_WRITE, 0, 1, 1); /* a new record that cannot be stored */
-    fw().ClearLogs();
-    MDTLM_FEM_WriteTaskStat2DbProc(3, task);
-    EXPECT_EQ(Logs(), Lines{"2 [MDTLM_VRALDCN_TASK] Write task stat to db failed."});
-    EXPECT_EQ(Sql("SELECT COUNT(*) FROM fem_mdtlm_stat"), 0);
-}
-
 } // namespace

@@ -63,21 +63,6 @@ TEST_F(Registry, IdentityReplaceAndOrder)
     EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(6), 0u);
 }
 
-TEST_F(Registry, EncodeTypeOfASensor)
-{
-    const std::vector<std::vector<uint32_t>> tasks = {{}, {1, 1}, {0, 5}, {1, 0}, {3, 1, 1}, {0}};
-    const uint32_t expected[] = {0, 1, 0, 2, 2, 0};
-    uint32_t id = 1;
-    for (uint32_t s = 1; s <= 6; ++s) {
-        for (uint32_t encode : tasks[s - 1]) {
-            ASSERT_EQ(Add(s, 1, id++, encode), 0u);
-        }
-    }
-    for (uint32_t s = 0; s <= 7; ++s) {
-        EXPECT_EQ(MDTLM_VRALDCN_TASK_GetEncodeType(s), (s >= 1 && s <= 6) ? expected[s - 1] : 0u) << s;
-    }
-}
-
 TEST_F(Registry, RefusedAddsLeaveTheListAsItWas)
 {
     MDTLM_TASK_DATA payload{};
@@ -139,27 +124,6 @@ TEST_F(Registry, EntryPointFailures)
                              "2 [NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: 1."}));
     EXPECT_EQ(MDTLM_VRALDCN_TASK_HasTlmTask(4), 0u);
     EXPECT_EQ(fw().Outstanding(), 0);
-}
-
-TEST_F(Registry, OversizedPathInfoIsAcceptedAndNoted)
-{
-    const uint32_t counts[][3] = {{32, 2, 0}, {33, 0, 1}, {0, 3, 1}, {1000, 7, 1}}; /* conditions, filters, noted */
-    for (uint32_t taskId = 1; taskId <= 4; ++taskId) {
-        const uint32_t *c = counts[taskId - 1];
-        MDTLM_SENSOR_PATH_INFO info{};
-        info.conditionCnt = c[0];
-        info.filterCnt = c[1];
-        fw().ClearLogs();
-        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, taskId, &info), 0u);
-        ASSERT_EQ(MDTLM_VRALDCN_FLOW_AddTlmTask(1, taskId, &info), 0u); /* created, then replaced */
-        Pump();
-        const Lines logs = Logs();
-        const std::string line = "2 [NTVVRALDCN_TASK_AddTlmTaskToList] Path info clamped, taskId: " +
-                                 std::to_string(taskId) + ", conditionCnt: " + std::to_string(c[0]) +
-                                 ", filterCnt: " + std::to_string(c[1]) + ".";
-        EXPECT_EQ(std::count(logs.begin(), logs.end(), line), 2 * c[2]) << taskId;
-        EXPECT_EQ(Task(1, 1, taskId)->pathInfo.conditionCnt, c[0]);
-    }
 }
 
 } // namespace

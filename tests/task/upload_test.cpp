@@ -11,71 +11,6 @@ namespace {
 
 class Upload : public TaskWorld {};
 
-TEST_F(Upload, TickReinitialisesEveryBufferAndKeepsTheirAddresses)
-{
-    ASSERT_EQ(Add(2, 1, 1, 1), 0u);
-    ASSERT_EQ(Add(4, 1, 1, 0), 0u);
-    ASSERT_EQ(Add(4, 1, 2, 1), 0u);
-    MDTLM_TASK_DATA *task = Task(4, 1, 2);
-    MDTLM_SAMPLE_BUFFER *const gpb = task->gpbBuffer;
-    std::memset(gpb->reserved1, 0x5A, sizeof(gpb->reserved1));
-    const uint64_t before = static_cast<uint64_t>(std::time(nullptr)) * 1000;
-    Tick();
-    const uint32_t codeTypes[] = {0, 1, 0, 2, 0, 0};
-    for (uint32_t s = 1; s <= 6; ++s) {
-        MDTLM_STATS_MAP_ENTRY *row = MDTLM_VRALDCN_STATS_GetStatsMap(s);
-        ASSERT_EQ(row, &g_femMdtlmStatsMap[s - 1]);
-        EXPECT_EQ(row->encodeType, codeTypes[s - 1]);
-        for (MDTLM_SAMPLE_BUFFER *b : {row->sampleData->gpbBuffer, row->sampleData->jsonBuffer, gpb}) {
-            MDTLM_SAMPLE_BUFFER zero{};
-            zero.collectTimestamp = b->collectTimestamp;
-            EXPECT_EQ(std::memcmp(&zero, b, sizeof(zero)), 0) << s; /* zeroed and stamped */
-            EXPECT_GE(b->collectTimestamp, before);
-        }
-        EXPECT_EQ(row->sampleData->gpbBuffer->collectTimestamp, row->sampleData->jsonBuffer->collectTimestamp);
-    }
-    EXPECT_EQ(MDTLM_VRALDCN_STATS_GetStatsMap(0), nullptr);
-    const uint64_t allocations = fw().Allocations();
-    Tick();
-    EXPECT_EQ(task->gpbBuffer, gpb);
-    EXPECT_EQ(fw().Allocations(), allocations + 1); /* only the tick event */
-}
-
-TEST_F(Upload, FailedTaskBufferDropsBothAndEndsTheWalk)
-{
-    ASSERT_EQ(Add(3, 1, 1), 0u); /* A */
-    ASSERT_EQ(Add(3, 1, 2), 0u); /* B, visited first */
-    Tick(); /* the sensors' buffers exist from here on */
-    MDTLM_TASK_DATA *a = Task(3, 1, 1);
-    MDTLM_TASK_DATA *b = Task(3, 1, 2);
-    MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&b->jsonBuffer));
-    a->gpbBuffer->reserved1[0] = 0x5A;
-    fw().ClearLogs();
-    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-    Queue(3, "rec");
-    Tick();
-    EXPECT_EQ(Logs(), (Lines{"2 [InitTaskSampleBuffer] Alloc buff failed, msgId: 3, codeType: 1",
-                             "2 [InitTaskStats] Alloc buff failed"}));
-    EXPECT_EQ(b->gpbBuffer, nullptr);
-    EXPECT_EQ(b->jsonBuffer, nullptr);
-    EXPECT_EQ(a->gpbBuffer->reserved1[0], 0x5A); /* not reached, yet still collecting */
-    ASSERT_EQ(fw().Samples().size(), 1u);
-    EXPECT_EQ(fw().Samples()[0].header.taskId, 1u);
-
-    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-    Tick();
-    EXPECT_EQ(Logs().at(2), "2 [InitTaskSampleBuffer] Alloc buff failed, msgId: 3, codeType: 0");
-    Tick(); /* allocated again, and the walk reaches A */
-    EXPECT_NE(b->jsonBuffer, nullptr);
-    EXPECT_EQ(a->gpbBuffer->reserved1[0], 0);
-
-    fw().ClearLogs();
-    MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&g_mdtlmQumaSampleData.gpbBuffer));
-    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-    Tick(); /* a sensor buffer that cannot be had stops its row only */
-    EXPECT_EQ(Logs(), Lines{"2 [GetAndInitSampleDataBuff] Alloc buff failed, msgId: 4, codeType: 0"});
-}
-
 TEST_F(Upload, JsonSampleIsOneDocumentPerSensor)
 {
     for (uint32_t s = 1; s <= 6; ++s) {
@@ -216,38 +151,6 @@ TEST_F(Upload, ReportEndFollowsTheSampleInterval)
         flags.push_back(fw().Samples().at(0).header.reportEnd);
     }
     EXPECT_EQ(flags, (std::vector<uint32_t>{0, 1, 0, 1, 0}));
-}
-
-TEST_F(Upload, SensorWideUploadGoesToEveryTaskOfTheCodeType)
-{
-    ASSERT_EQ(Add(3, 1, 1, 0), 0u);
-    ASSERT_EQ(Add(3, 1, 2, 1), 0u);
-    ASSERT_EQ(Add(3, 2, 3, 0), 0u);
-    MDTLM_SAMPLE_BUFFER *src = NewBuffer(3, 'q');
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
-    src->data[2] = ',';
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 1);
-    Pairs ids;
-    for (const CapturedSample &s : fw().Samples()) {
-        ids.emplace_back(s.header.instanceId, s.header.taskId);
-    }
-    EXPECT_EQ(ids, (Pairs{{2, 3}, {1, 1}, {1, 2}}));
-    EXPECT_EQ(fw().Samples().at(1).data, "qqq");
-    EXPECT_EQ(fw().Samples().at(2).data, "{\"flow_statistics\":{\"flow_statistic\":[qq]}}");
-
-    fw().ClearLogs();
-    fw().FailAllocOfSize(sizeof(MDTLM_SAMPLE_BUFFER), 1);
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
-    src->dataLen = 24577;
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
-    src->dataLen = 0;
-    MDTLM_VRALDCN_TASK_UploadStatsData(3, src, 0);
-    EXPECT_EQ(Logs(), (Lines{"2 [UploadStatsData] Alloc buff failed, codetype: 0.",
-                             "2 [NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 0.",
-                             "2 [UploadStatsData] Format sampleData failed, codetype: 0."}));
-    EXPECT_EQ(fw().Samples().size(), 3u);
-    FreeBuffer(src);
-
 }
 
 } // namespace

@@ -38,7 +38,8 @@ void Usage(FILE *out)
                  "                sensors: %s\n"
                  "  --port N      statistics channel port on 127.0.0.1 (default %u)\n"
                  "  --repeat N    send the whole list N times (default 1)\n"
-                 "  --batch N     messages per datagram (default 1)\n",
+                 "  --batch N     messages per datagram (default 1)\n"
+                 "example: mdtlm-send examples/records.json\n",
                  SensorNameList().c_str(), kDefaultPort);
 }
 

@@ -3,6 +3,7 @@
  */
 #include "forwarder.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "record_generator.h"

@@ -3,8 +3,6 @@
  */
 #include "options.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>

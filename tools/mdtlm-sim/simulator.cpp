@@ -230,8 +230,9 @@ void Simulator::WaitForSubscriptions()
     for (const TaskConfig &task : config_.tasks) {
         ids.insert(task.task);
     }
-    bool ready = WaitUntil([&] { return QueueFill(kEventQueueName) <= 0 && database_.TaskStatCount() >= (int64_t)ids.size(); },
-                           5000ms);
+    const int64_t rows = static_cast<int64_t>(ids.size());
+    bool ready =
+        WaitUntil([&] { return QueueFill(kEventQueueName) <= 0 && database_.TaskStatCount() >= rows; }, 5000ms);
     if (!ready) {
         std::fprintf(stderr, "mdtlm-sim: warning: the plug-in has not confirmed every task after 5 s; "
                              "sending anyway\n");
@@ -285,8 +286,8 @@ void Simulator::RunUntilStopped()
         if (untilDelivered) {
             until = std::min(until, now + 0.05);
         }
-        double wait = std::max(until - now, 0.001);
-        timespec timeout{static_cast<time_t>(wait), static_cast<long>((wait - static_cast<time_t>(wait)) * 1e9)};
+        long nanoseconds = static_cast<long>(std::max(until - now, 0.001) * 1e9);
+        timespec timeout{nanoseconds / 1000000000, nanoseconds % 1000000000};
         int signal = sigtimedwait(&signals_, nullptr, &timeout);
         if (signal > 0) {
             std::fprintf(stderr, "\nmdtlm-sim: %s, stopping\n", strsignal(signal));

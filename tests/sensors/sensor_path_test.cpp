@@ -1,0 +1,227 @@
+/*
+ * The six sensors through the whole plug-in, one table row per sensor:
+ * records field for field in GPB and JSON samples, encoder arguments and
+ * capacities, and the room a task's buffers must keep.
+ */
+#include <string>
+#include <vector>
+
+#include "mdtlm_host.h"
+#include "sensor_records.h"
+
+namespace sensor_test {
+namespace {
+
+using Encode = int32_t (*)(const void *, uint8_t *, int32_t);
+template <typename Rec, int32_t (*Fn)(const Rec *, uint8_t *, int32_t)>
+int32_t Erased(const void *rec, uint8_t *out, int32_t cap)
+{
+    return Fn(static_cast<const Rec *>(rec), out, cap);
+}
+
+struct SensorRow {
+    const char *name;
+    uint32_t type;
+    Schema schema;
+    uint32_t recLen;
+    std::vector<uint8_t> recs; /* back to back; the first one is tunnelled where that applies */
+    std::vector<std::vector<FieldCase>> expected;
+    std::vector<int> wireOrder; /* of the first record; empty: the listed order */
+    Encode gpb, json;
+    uint32_t jsonFloor;
+    std::string gpbNullTag, jsonNullTag;
+};
+void PrintTo(const SensorRow &row, std::ostream *os) { *os << row.name; }
+
+std::vector<SensorRow> Rows()
+{
+    using FlowRec = MDTLM_FLOW_STATS_REC;
+    using HopRec = MDTLM_FLOWHOP_STATS_REC;
+    /* Unicast 0 and 1, multicast 0 and (cast type 0 counts as multicast) 1. */
+    const FlowRec v4 = FlowRecord();
+    FlowRec v6 = FlowRecordIpv6(), multi = FlowRecord(), zero{};
+    v6.tunnelFlag = 0;
+    multi.castType = 2;
+    std::memset(multi.chassisId, 'A', sizeof(multi.chassisId)); /* must stop at the field's end */
+    std::memset(multi.slotId, 'B', sizeof(multi.slotId));
+    zero.addressFamily = 2;
+    const HopRec hop = FlowHopRecord();
+    HopRec hopMulti = FlowHopRecord(), hopZero{};
+    hopMulti.castType = 2;
+    hopMulti.tunnelFlag = 0;
+    std::memset(hopMulti.chassisId, 'C', sizeof(hopMulti.chassisId));
+
+    std::vector<MDTLM_ZELK_CACHE_REC> zelk;
+    std::vector<std::vector<FieldCase>> zelkFields;
+    for (const ZelkCase &c : kZelk) {
+        zelk.push_back(c.rec);
+        zelkFields.push_back(ZelkFields(c));
+    }
+    const MDTLM_QUMA_RESULT_REC qSmall = QumaRecord(1, 1, "acl-web", "high loss", 1, 0),
+                                qV6 = QumaRecord(2, 2, "", "", 0, 1ull << 63);
+    const std::vector<MDTLM_SRVTLM_FLOW_STATS_REC> srv = {SrvtlmRecord(0, 0x10), SrvtlmRecord(1, 0x80000000), {}};
+    const std::vector<MDTLM_SRVTLM_FCTFLOW_STATS_REC> fct = {FctRecord(0, 1), FctRecord(1, 2), {}};
+    return {
+        {"flow", MDTLM_SENSOR_VRAL_FLOW,
+         {"flow_statistics.proto", "mdtlm.flow.Sample", "flow_statistics", "flow_statistic"}, sizeof(FlowRec),
+         Bytes(std::vector<FlowRec>{v4, v6, multi, zero}),
+         {FlowFields(v4, 0, "192.168.10.1", "10.0.0.2"),
+          FlowFields(v6, 1, "2001:db8:0:0:0:0:0:1", "fe80:0:0:1:abcd:0:ffff:ffff"),
+          FlowFields(multi, 0, "192.168.10.1", "10.0.0.2"), FlowFields(zero, 1, "0:0:0:0:0:0:0:0", "0:0:0:0:0:0:0:0")},
+         {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42},
+         Erased<FlowRec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>, Erased<FlowRec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>, 1449,
+         "[VRALDCN_FLOW_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
+        {"flowhop", MDTLM_SENSOR_VRAL_FLOWHOP,
+         {"flow_hop_statistics.proto", "mdtlm.flowhop.Sample", "flow_hop_statistics", "flow_hop_statistic"},
+         sizeof(HopRec), Bytes(std::vector<HopRec>{hop, hopMulti, hopZero}),
+         {FlowHopFields(hop, 0), FlowHopFields(hopMulti, 0), FlowHopFields(hopZero, 1)},
+         {1, 2, 3, 13, 27, 4, 23, 5, 6, 7, 8, 9, 11, 29, 30, 31, 32, 33, 14, 16, 17, 28, 35, 36},
+         Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>, Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>,
+         1335, "[VRALDCN_FLOWHOP_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
+        {"zelk", MDTLM_SENSOR_ZELK_CACHE,
+         {"export_flow_caches.proto", "mdtlm.zelk.Sample", "export-flow-caches", "export-flow-cache"},
+         sizeof(MDTLM_ZELK_CACHE_REC), Bytes(zelk), zelkFields, {},
+         Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg>, Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_JSON_EncodeMsg>,
+         633, "[VRALDCN_FLOW_GPB_EncodeMsg]", "[ZELK][JSON]"},
+        {"quma", MDTLM_SENSOR_QUMA_RESULT,
+         {"result_statistics.proto", "mdtlm.quma.Sample", "result-statistic", "result-statistic"},
+         sizeof(MDTLM_QUMA_RESULT_REC), Bytes(std::vector<MDTLM_QUMA_RESULT_REC>{kQumaFull, {}, qSmall, qV6}),
+         {QumaFields(kQumaFull, "Protocol_L2"), QumaFields({}, "Protocol_INVALID"), QumaFields(qSmall, "Protocol_IPV4"),
+          QumaFields(qV6, "Protocol_IPV6")},
+         {}, Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg>,
+         Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_JSON_EncodeMsg>, 745, "[VRALDCN_FLOW_GPB_EncodeMsg]",
+         "[FLOW_JSON_CheckEncodePara]"},
+        {"srvtlm", MDTLM_SENSOR_SRVTLM_FLOW,
+         {"io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample", "flow_statistics", "flow_statistic"},
+         sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), Bytes(srv),
+         {SrvtlmFields(srv[0], "192.168.1.1", "10.0.0.2"), SrvtlmFields(srv[1], kSrvV6Src, kSrvV6Dst),
+          SrvtlmFields(srv[2], "0.0.0.0", "0.0.0.0")},
+         {}, Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg>,
+         Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>, 1059, "[VRALDCN_FLOW_GPB_EncodeMsg]",
+         "[FLOW_JSON_CheckEncodePara]"},
+        {"fct", MDTLM_SENSOR_SRVTLM_FCTFLOW,
+         {"io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample", "flow_throughput_statistics",
+          "flow_throughput_statistic"},
+         sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(fct),
+         {FctFields(fct[0], "172.16.0.1", "172.16.0.2"),
+          FctFields(fct[1], "2001:db8:0:0:0:0:ffff:1", "2001:db8:0:abcd:0:0:0:0"),
+          FctFields(fct[2], "0.0.0.0", "0.0.0.0")},
+         {}, Erased<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg>,
+         Erased<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg>, 959,
+         "[VRALDCN_FLOW_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
+    };
+}
+
+class SensorPath : public SensorTest, public ::testing::WithParamInterface<SensorRow> {
+protected:
+    std::vector<uint8_t> First() const
+    {
+        const SensorRow &row = GetParam();
+        return {row.recs.begin(), row.recs.begin() + row.recLen};
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Sensors, SensorPath, ::testing::ValuesIn(Rows()),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+/* Records delivered to a GPB and a JSON task arrive, after the period timer
+ * fires, field for field and in order. */
+TEST_P(SensorPath, RecordsReachGpbAndJsonTasksFieldForField)
+{
+    const SensorRow &row = GetParam();
+    ASSERT_NE(AddTask(row.type, 3, 1, PathInfoBuilder(MDTLM_ENCODE_TYPE_GPB).Get()), nullptr);
+    ASSERT_NE(AddTask(row.type, 3, 2, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON).Get()), nullptr);
+    const uint32_t count = static_cast<uint32_t>(row.recs.size() / row.recLen);
+    EXPECT_EQ(Deliver(row.type, row.recs.data(), row.recLen, count), 0u);
+    ASSERT_GE(g_mdtlmVralDcnTimerId, 0);
+    MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
+    Pump();
+
+    ASSERT_EQ(fw.Samples().size(), 2u);
+    for (const CapturedSample &s : fw.Samples()) {
+        EXPECT_EQ(s.header.instanceId, 3u);
+    }
+    const std::vector<const Message *> gpb = GpbOf(1, row.schema);
+    const std::vector<Json> json = JsonOf(2, row.schema);
+    ASSERT_EQ(gpb.size(), row.expected.size());
+    ASSERT_EQ(json.size(), row.expected.size());
+    for (size_t i = 0; i < row.expected.size(); ++i) {
+        SCOPED_TRACE("record " + std::to_string(i));
+        const std::vector<int> order = ExpectGpb(*gpb[i], row.expected[i]);
+        if (i == 0) {
+            EXPECT_EQ(WireOrder(SamplesOf(1)[0].data), row.wireOrder.empty() ? order : row.wireOrder);
+        }
+        ExpectJson(json[i], row.expected[i]);
+    }
+}
+
+/* Missing arguments fail with one log line each; a capacity one byte short of
+ * the record (GPB) or of the floor (JSON) is refused without a byte written. */
+TEST_P(SensorPath, EncoderArgumentsAndCapacity)
+{
+    const SensorRow &row = GetParam();
+    const std::vector<uint8_t> rec = First();
+    std::vector<uint8_t> out(4096, 0xA5);
+    const int32_t need = row.gpb(rec.data(), out.data(), 4096);
+    ASSERT_GT(need, 0);
+    /* GPB may have begun the record within the capacity; JSON writes nothing below its floor. */
+    for (const auto &[encode, cap, untouched] :
+         {std::tuple{row.gpb, need, need - 1}, std::tuple{row.json, int32_t(row.jsonFloor), 0}}) {
+        std::fill(out.begin(), out.end(), 0xA5);
+        EXPECT_EQ(encode(rec.data(), out.data(), cap - 1), MDTLM_ENCODE_NO_SPACE);
+        EXPECT_EQ(encode(rec.data(), out.data(), 0), MDTLM_ENCODE_NO_SPACE);
+        EXPECT_EQ(std::count(out.begin() + untouched, out.end(), 0xA5), 4096 - untouched) << "written past the capacity";
+        EXPECT_GT(encode(rec.data(), out.data(), cap), 0);
+    }
+    EXPECT_EQ(row.gpb(rec.data(), out.data(), need), need);
+
+    fw.ClearLogs();
+    EXPECT_EQ(row.gpb(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
+    EXPECT_EQ(row.json(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
+    EXPECT_EQ(row.json(rec.data(), nullptr, 4096), MDTLM_ENCODE_FAIL);
+    const std::string statis = "[mdtlm.vraldcn.statis:#]", error = " Param error, msg is NULL.";
+    EXPECT_EQ(fw.Shapes(), (std::vector<std::string>{statis + row.gpbNullTag + error, statis + row.jsonNullTag + error,
+                                                     statis + row.jsonNullTag + error}));
+}
+
+/* A buffer with room for the record (GPB: its length; JSON: the floor) takes
+ * it in place; with one byte less it is uploaded first and the record opens
+ * the emptied buffer. */
+TEST_P(SensorPath, FullBufferIsUploadedBeforeTheRecord)
+{
+    const SensorRow &row = GetParam();
+    const std::vector<uint8_t> rec = First();
+    for (uint32_t encodeType : {MDTLM_ENCODE_TYPE_GPB, MDTLM_ENCODE_TYPE_JSON}) {
+        MDTLM_TASK_DATA *task = ReadyTask(row.type, 10 + encodeType, PathInfoBuilder(encodeType));
+        ASSERT_NE(task, nullptr);
+        MDTLM_SAMPLE_BUFFER *buf = encodeType == MDTLM_ENCODE_TYPE_GPB ? task->gpbBuffer : task->jsonBuffer;
+        ASSERT_NE(buf, nullptr);
+        EXPECT_EQ(Offer(row.type, task, rec), 1u);
+        const uint32_t floor = encodeType == MDTLM_ENCODE_TYPE_GPB ? buf->dataLen : row.jsonFloor;
+        for (uint32_t left : {floor, floor - 1}) {
+            SCOPED_TRACE((encodeType == MDTLM_ENCODE_TYPE_GPB ? "GPB, bytes left " : "JSON, bytes left ") +
+                         std::to_string(left));
+            const bool full = left < floor;
+            std::memset(buf->data, ' ', sizeof(buf->data));
+            buf->dataLen = MDTLM_SAMPLE_DATA_SIZE - left;
+            buf->itemCnt = 3;
+            fw.ClearSamples();
+            EXPECT_EQ(Offer(row.type, task, rec), 1u);
+            ASSERT_EQ(fw.Samples().size(), full ? 1u : 0u);
+            EXPECT_EQ(buf->itemCnt, full ? 1u : 4u);
+            if (full) {
+                EXPECT_EQ(fw.Samples()[0].header.itemCnt, 3u);
+                EXPECT_TRUE(encodeType == MDTLM_ENCODE_TYPE_GPB ? buf->dataLen == floor : buf->dataLen < floor);
+            } else {
+                EXPECT_GT(buf->dataLen, MDTLM_SAMPLE_DATA_SIZE - left);
+            }
+            if (encodeType == MDTLM_ENCODE_TYPE_JSON) {
+                EXPECT_EQ(buf->data[full ? 0 : MDTLM_SAMPLE_DATA_SIZE - left], '{');
+            }
+        }
+        buf->dataLen = buf->itemCnt = 0;
+    }
+}
+
+} // namespace
+} // namespace sensor_test
