@@ -3,9 +3,6 @@
  * per-task sequence numbers, the exported JSON counters, refused short
  * messages, encode failures and report performance slots.
  */
-#include <string>
-#include <vector>
-
 #include "mdtlm_host.h"
 #include "sensor_records.h"
 
@@ -20,13 +17,6 @@ std::string Hex(const uint8_t *bytes, int32_t n)
         text += "0123456789abcdef"[bytes[i] & 15];
     }
     return text;
-}
-
-uint32_t GpbLength(MDTLM_FLOW_STATS_REC rec, uint32_t seq)
-{
-    rec.sequenceNumber = seq; /* as a task stamps it */
-    uint8_t out[4096];
-    return static_cast<uint32_t>(MDTLM_VRALDCN_FLOW_GPB_EncodeMsg(&rec, out, sizeof(out)));
 }
 
 TEST(SensorBytes, SmallRecordsEncodeExactly)
@@ -66,17 +56,16 @@ TEST(SensorBytes, SmallRecordsEncodeExactly)
 TEST(SensorBytes, LongestFlowJsonRecordsFitTheFloor)
 {
     MDTLM_FLOW_STATS_REC flow;
-    std::memset(&flow, 0xFF, sizeof(flow));
-    flow.addressFamily = 2; /* IPv6 texts of 39 characters */
-    std::memset(flow.chassisId, '9', sizeof(flow.chassisId));
-    std::memset(flow.slotId, '9', sizeof(flow.slotId));
     MDTLM_FLOWHOP_STATS_REC hop;
+    std::memset(&flow, 0xFF, sizeof(flow));
     std::memset(&hop, 0xFF, sizeof(hop));
-    std::memset(hop.chassisId, '9', sizeof(hop.chassisId));
-    std::memset(hop.slotId, '9', sizeof(hop.slotId));
+    flow.addressFamily = 2; /* IPv6 texts of 39 characters */
+    for (char *text : {flow.chassisId, flow.slotId, hop.chassisId, hop.slotId}) {
+        std::memset(text, '9', 32);
+    }
     std::vector<uint8_t> out(2048);
-    const int32_t flowLen = MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(&flow, out.data(), 1449);
-    const int32_t hopLen = MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg(&hop, out.data(), 1335);
+    const int32_t flowLen = MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(&flow, out.data(), 1449),
+                  hopLen = MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg(&hop, out.data(), 1335);
     EXPECT_TRUE(flowLen > 0 && flowLen < 1449) << flowLen;
     EXPECT_TRUE(hopLen > 0 && hopLen < 1335) << hopLen;
 }
@@ -124,7 +113,7 @@ using FlowPath = SensorTest;
 
 TEST_F(FlowPath, TasksNumberRecordsIndependentlyAndCountRejectedOnes)
 {
-    const Schema schema = {"flow_statistics.proto", "mdtlm.flow.Sample", "", ""};
+    const Schema &schema = kFlowSchema;
     MDTLM_FLOW_STATS_REC other = FlowRecord();
     other.flowIdHigh = 4096;
     other.flowIdLow = 0; /* flow-id 2^32 */
@@ -180,14 +169,16 @@ TEST_F(FlowPath, ReportPerformanceKeys)
     Tick();
 
     ASSERT_NE(g_mdtlmNtvVralDcnReportPerf, nullptr);
+    MDTLM_FLOW_STATS_REC flow = FlowRecord();
     MDTLM_FLOWHOP_STATS_REC hop = FlowHopRecord();
-    hop.sequenceNumber = 0;
+    flow.sequenceNumber = hop.sequenceNumber = 0; /* as the tasks stamped them */
     uint8_t out[4096];
-    const uint32_t hopLen = static_cast<uint32_t>(MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg(&hop, out, sizeof(out)));
+    const uint32_t flowLen = MDTLM_VRALDCN_FLOW_GPB_EncodeMsg(&flow, out, sizeof(out)),
+                   hopLen = MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg(&hop, out, sizeof(out));
     struct Slot {
         uint32_t slot, period, in, out, outBytes;
     };
-    for (const Slot &s : std::vector<Slot>{{6, 70, 1, 1, GpbLength(FlowRecord(), 0)}, {2, 66, 2, 2, 2 * hopLen}}) {
+    for (const Slot &s : std::vector<Slot>{{6, 70, 1, 1, flowLen}, {2, 66, 2, 2, 2 * hopLen}}) {
         const MDTLM_REPORT_PERF_REC &r = g_mdtlmNtvVralDcnReportPerf[s.slot].rec;
         EXPECT_EQ(std::make_tuple(r.period_index, r.in_fwm_item_count, r.in_fwm_item_byte_count, r.out_item_count,
                                   r.out_item_byte_count),

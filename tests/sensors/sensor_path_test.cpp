@@ -3,9 +3,6 @@
  * records field for field in GPB and JSON samples, encoder arguments and
  * capacities, and the room a task's buffers must keep.
  */
-#include <string>
-#include <vector>
-
 #include "mdtlm_host.h"
 #include "sensor_records.h"
 
@@ -62,8 +59,7 @@ std::vector<SensorRow> Rows()
     const std::vector<MDTLM_SRVTLM_FLOW_STATS_REC> srv = {SrvtlmRecord(0, 0x10), SrvtlmRecord(1, 0x80000000), {}};
     const std::vector<MDTLM_SRVTLM_FCTFLOW_STATS_REC> fct = {FctRecord(0, 1), FctRecord(1, 2), {}};
     return {
-        {"flow", MDTLM_SENSOR_VRAL_FLOW,
-         {"flow_statistics.proto", "mdtlm.flow.Sample", "flow_statistics", "flow_statistic"}, sizeof(FlowRec),
+        {"flow", MDTLM_SENSOR_VRAL_FLOW, kFlowSchema, sizeof(FlowRec),
          Bytes(std::vector<FlowRec>{v4, v6, multi, zero}),
          {FlowFields(v4, 0, "192.168.10.1", "10.0.0.2"),
           FlowFields(v6, 1, "2001:db8:0:0:0:0:0:1", "fe80:0:0:1:abcd:0:ffff:ffff"),
@@ -71,38 +67,27 @@ std::vector<SensorRow> Rows()
          {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42},
          Erased<FlowRec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>, Erased<FlowRec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>, 1449,
          "[VRALDCN_FLOW_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
-        {"flowhop", MDTLM_SENSOR_VRAL_FLOWHOP,
-         {"flow_hop_statistics.proto", "mdtlm.flowhop.Sample", "flow_hop_statistics", "flow_hop_statistic"},
-         sizeof(HopRec), Bytes(std::vector<HopRec>{hop, hopMulti, hopZero}),
+        {"flowhop", MDTLM_SENSOR_VRAL_FLOWHOP, kHopSchema, sizeof(HopRec), Bytes(std::vector<HopRec>{hop, hopMulti, hopZero}),
          {FlowHopFields(hop, 0), FlowHopFields(hopMulti, 0), FlowHopFields(hopZero, 1)},
          {1, 2, 3, 13, 27, 4, 23, 5, 6, 7, 8, 9, 11, 29, 30, 31, 32, 33, 14, 16, 17, 28, 35, 36},
          Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>, Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>,
          1335, "[VRALDCN_FLOWHOP_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
-        {"zelk", MDTLM_SENSOR_ZELK_CACHE,
-         {"export_flow_caches.proto", "mdtlm.zelk.Sample", "export-flow-caches", "export-flow-cache"},
-         sizeof(MDTLM_ZELK_CACHE_REC), Bytes(zelk), zelkFields, {},
+        {"zelk", MDTLM_SENSOR_ZELK_CACHE, kZelkSchema, sizeof(MDTLM_ZELK_CACHE_REC), Bytes(zelk), zelkFields, {},
          Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg>, Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_JSON_EncodeMsg>,
          633, "[VRALDCN_FLOW_GPB_EncodeMsg]", "[ZELK][JSON]"},
-        {"quma", MDTLM_SENSOR_QUMA_RESULT,
-         {"result_statistics.proto", "mdtlm.quma.Sample", "result-statistic", "result-statistic"},
-         sizeof(MDTLM_QUMA_RESULT_REC), Bytes(std::vector<MDTLM_QUMA_RESULT_REC>{kQumaFull, {}, qSmall, qV6}),
+        {"quma", MDTLM_SENSOR_QUMA_RESULT, kQumaSchema, sizeof(MDTLM_QUMA_RESULT_REC), Bytes(std::vector<MDTLM_QUMA_RESULT_REC>{kQumaFull, {}, qSmall, qV6}),
          {QumaFields(kQumaFull, "Protocol_L2"), QumaFields({}, "Protocol_INVALID"), QumaFields(qSmall, "Protocol_IPV4"),
           QumaFields(qV6, "Protocol_IPV6")},
          {}, Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg>,
          Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_JSON_EncodeMsg>, 745, "[VRALDCN_FLOW_GPB_EncodeMsg]",
          "[FLOW_JSON_CheckEncodePara]"},
-        {"srvtlm", MDTLM_SENSOR_SRVTLM_FLOW,
-         {"io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample", "flow_statistics", "flow_statistic"},
-         sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), Bytes(srv),
+        {"srvtlm", MDTLM_SENSOR_SRVTLM_FLOW, kSrvSchema, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), Bytes(srv),
          {SrvtlmFields(srv[0], "192.168.1.1", "10.0.0.2"), SrvtlmFields(srv[1], kSrvV6Src, kSrvV6Dst),
           SrvtlmFields(srv[2], "0.0.0.0", "0.0.0.0")},
          {}, Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg>,
          Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>, 1059, "[VRALDCN_FLOW_GPB_EncodeMsg]",
          "[FLOW_JSON_CheckEncodePara]"},
-        {"fct", MDTLM_SENSOR_SRVTLM_FCTFLOW,
-         {"io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample", "flow_throughput_statistics",
-          "flow_throughput_statistic"},
-         sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(fct),
+        {"fct", MDTLM_SENSOR_SRVTLM_FCTFLOW, kFctSchema, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(fct),
          {FctFields(fct[0], "172.16.0.1", "172.16.0.2"),
           FctFields(fct[1], "2001:db8:0:0:0:0:ffff:1", "2001:db8:0:abcd:0:0:0:0"),
           FctFields(fct[2], "0.0.0.0", "0.0.0.0")},
@@ -112,14 +97,7 @@ std::vector<SensorRow> Rows()
     };
 }
 
-class SensorPath : public SensorTest, public ::testing::WithParamInterface<SensorRow> {
-protected:
-    std::vector<uint8_t> First() const
-    {
-        const SensorRow &row = GetParam();
-        return {row.recs.begin(), row.recs.begin() + row.recLen};
-    }
-};
+class SensorPath : public SensorTest, public ::testing::WithParamInterface<SensorRow> {};
 
 INSTANTIATE_TEST_SUITE_P(Sensors, SensorPath, ::testing::ValuesIn(Rows()),
                          [](const auto &info) { return std::string(info.param.name); });
@@ -160,7 +138,7 @@ TEST_P(SensorPath, RecordsReachGpbAndJsonTasksFieldForField)
 TEST_P(SensorPath, EncoderArgumentsAndCapacity)
 {
     const SensorRow &row = GetParam();
-    const std::vector<uint8_t> rec = First();
+    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + row.recLen);
     std::vector<uint8_t> out(4096, 0xA5);
     const int32_t need = row.gpb(rec.data(), out.data(), 4096);
     ASSERT_GT(need, 0);
@@ -190,7 +168,7 @@ TEST_P(SensorPath, EncoderArgumentsAndCapacity)
 TEST_P(SensorPath, FullBufferIsUploadedBeforeTheRecord)
 {
     const SensorRow &row = GetParam();
-    const std::vector<uint8_t> rec = First();
+    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + row.recLen);
     for (uint32_t encodeType : {MDTLM_ENCODE_TYPE_GPB, MDTLM_ENCODE_TYPE_JSON}) {
         MDTLM_TASK_DATA *task = ReadyTask(row.type, 10 + encodeType, PathInfoBuilder(encodeType));
         ASSERT_NE(task, nullptr);

@@ -7,11 +7,24 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "sensor_check.h"
 
 namespace sensor_test {
+
+inline const Schema kFlowSchema = {"flow_statistics.proto", "mdtlm.flow.Sample", "flow_statistics", "flow_statistic"};
+inline const Schema kHopSchema = {"flow_hop_statistics.proto", "mdtlm.flowhop.Sample", "flow_hop_statistics",
+                                  "flow_hop_statistic"};
+inline const Schema kZelkSchema = {"export_flow_caches.proto", "mdtlm.zelk.Sample", "export-flow-caches",
+                                   "export-flow-cache"};
+inline const Schema kQumaSchema = {"result_statistics.proto", "mdtlm.quma.Sample", "result-statistic",
+                                   "result-statistic"};
+inline const Schema kSrvSchema = {"io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample", "flow_statistics",
+                                  "flow_statistic"};
+inline const Schema kFctSchema = {"io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample",
+                                  "flow_throughput_statistics", "flow_throughput_statistic"};
 
 /* ------------------------------------------------------ flow and flow-hop */
 
@@ -120,27 +133,12 @@ struct ZelkCase {
 inline std::vector<FieldCase> ZelkFields(const ZelkCase &c)
 {
     const MDTLM_ZELK_CACHE_REC &r = c.rec;
-    const auto num = [](const char *gpb, const char *json, uint64_t v) { return FieldCase{gpb, json, N(v), N(v)}; };
-    const auto enu = [](const char *gpb, const char *json, uint64_t v, const char *text) {
-        return FieldCase{gpb, json, N(v), T(text)};
-    };
-    const auto txt = [](const char *gpb, const char *json, const std::string &v) {
-        return FieldCase{gpb, json, T(v), T(v)};
-    };
-    return {txt("slot_id", "slot-id", std::to_string(r.slotId)),
-            txt("source_ip", "source-ip", c.src),
-            txt("destination_ip", "destination-ip", c.dst),
-            enu("protocol_id", "protocol-id", r.protocolId, "tcp"),
-            num("l4_source_port", "l4-source-port", r.l4SourcePort),
-            num("l4_destination_port", "l4-destination-port", r.l4DestinationPort),
-            num("if_index", "if-index", r.ifIndex),
-            num("detect_timestamp_second", "detect-timestamp-second", r.detectTimestampSecond),
-            enu("state", "state", r.state, c.state),
-            num("seed", "seed", r.seed),
-            num("recovery_count", "recovery-count", r.recoveryCount),
-            num("sequence_number", "sequence-number", r.sequenceNumber),
-            enu("recovery_mode", "recovery-mode", r.recoveryMode, c.recovery),
-            enu("op_mode", "op-mode", r.opMode, c.op)};
+    return {F("slot-id", std::to_string(r.slotId)), F("source-ip", c.src), F("destination-ip", c.dst),
+            F("protocol-id", N(r.protocolId), T("tcp")), F("l4-source-port", r.l4SourcePort),
+            F("l4-destination-port", r.l4DestinationPort), F("if-index", r.ifIndex),
+            F("detect-timestamp-second", r.detectTimestampSecond), F("state", N(r.state), T(c.state)),
+            F("seed", r.seed), F("recovery-count", r.recoveryCount), F("sequence-number", r.sequenceNumber),
+            F("recovery-mode", N(r.recoveryMode), T(c.recovery)), F("op-mode", N(r.opMode), T(c.op))};
 }
 
 /* Between them every value that has a text. */
@@ -179,8 +177,7 @@ inline std::vector<FieldCase> QumaFields(const MDTLM_QUMA_RESULT_REC &r, const c
             Num("acl_number", r.aclNumber),
             Txt("acl_name", Text(r.aclName)),
             Num("vxlan_reserved_value", r.vxlanReservedValue),
-            {"vxlan_reserved_value_second", "vxlan-reserved-value-second", N(r.vxlanReservedValueSecond),
-             N(r.vxlanReservedValueSecond)},
+            F("vxlan-reserved-value-second", r.vxlanReservedValueSecond),
             Num("input_packets", r.inputPackets),
             Num("output_packets", r.outputPackets),
             Txt("warn_info", Text(r.warnInfo)),
@@ -208,10 +205,7 @@ inline MDTLM_SRVTLM_FLOW_STATS_REC SrvtlmRecord(uint8_t family, uint32_t seq)
         r.dstIp[0] = 0x0A000002;
         r.srcIp[1] = r.dstIp[3] = 0xFFFFFFFF;
     }
-    r.logicalUnitNum = 5;
-    r.periodId = 6;
-    r.ifIndex = 0xFFFF;
-    r.measureMode = 3;
+    std::tie(r.logicalUnitNum, r.periodId, r.ifIndex, r.measureMode) = std::make_tuple(5, 6, 0xFFFF, 3);
     uint32_t counters[11]; /* read-io-avg-latency to write-pending-io-cnt, each distinct */
     for (uint32_t i = 0; i < 11; ++i) {
         counters[i] = seq + (i + 1) * 0x01010101u;

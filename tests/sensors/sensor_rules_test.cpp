@@ -3,9 +3,6 @@
  * one truth table, records with an unknown address family, and values that
  * have no text in the JSON encoding.
  */
-#include <string>
-#include <vector>
-
 #include "sensor_records.h"
 
 namespace sensor_test {
@@ -46,13 +43,9 @@ TEST_F(SensorTest, ConditionsAndFiltersDecide)
         /* 64-bit fields compare at full width, 32-bit ones against the threshold's low 32 bits */
         {"flow byte-count at full width", kFlow, flow, B().Filter("byte-count", EQ, (1ull << 50) + 7), 1},
         {"flow byte-count not by its low bits", kFlow, flow, B().Filter("byte-count", EQ, 7), 0},
-        {"flow packet-count", kFlow, flow, B().Filter("packet-count", GT, (1ull << 40) + 2), 1},
         {"flow flow-id at full width", kFlow, flow, B().Filter("flow-id", EQ, flowId), 1},
         {"flow flow-id not by its low bits", kFlow, flow, B().Filter("flow-id", EQ, flowId & 0xFFFFFFFF), 0},
         {"flow if-index by the threshold's low bits", kFlow, flow, B().Filter("if-index", EQ, kTwo32 + 33), 1},
-        {"flow error-info-ext", kFlow, flow, B().Filter("error-info-ext", EQ, 0x80000001), 1},
-        {"flow period-id", kFlow, flow, B().Filter("period-id", LE, 4), 0},
-        {"flow queue-pair", kFlow, flow, B().Filter("queue-pair", EQ, 9), 1},
         {"flow stamped sequence number", kFlow, flow, B().Filter("sequence-number", EQ, 0), 1},
         {"flow delivered sequence number", kFlow, flow, B().Filter("sequence-number", EQ, 0xDEADBEEF), 0},
         {"flow timestamps (AND)", kFlow, flow,
@@ -76,10 +69,7 @@ TEST_F(SensorTest, ConditionsAndFiltersDecide)
         {"hop total-delay raw", kHop, hop, B().Filter("total-delay", EQ, 3), 1},
         {"hop total-delay not as reported", kHop, hop, B().Filter("total-delay", EQ, 768), 0},
         {"hop maximum-delay raw", kHop, hop, B().Filter("maximum-delay", EQ, 16777217), 1},
-        {"hop byte-count", kHop, hop, B().Filter("byte-count", GT, (1ull << 45) + 12), 1},
         {"hop if-index by the threshold's low bits", kHop, hop, B().Filter("if-index", EQ, kTwo32 + 44), 1},
-        {"hop tunnel-mode", kHop, hop, B().Filter("tunnel-mode", EQ, 3), 1},
-        {"hop period-id", kHop, hop, B().Filter("period-id", EQ, 66), 1},
         {"hop direction", kHop, hop, B().Condition("direction", "1"), 1},
         {"zelk source address text", kCache, zelk, B().Condition("source-ip", "10.0.0.1"), 1},
         {"zelk leading zero octet", kCache, zelk, B().Condition("source-ip", "10.0.0.01"), 0},
@@ -156,16 +146,6 @@ TEST(FlowConditions, ValueFillingItsFieldEndsThere)
     EXPECT_EQ(MDTLM_VRALDCN_FlowCmpFieldWithCondition(1, &pair[0], &flow), 0u);
 }
 
-TEST(FlowConditions, TunnelModeByFlagAndType)
-{
-    struct Case {
-        uint32_t flag, type, mode;
-    };
-    for (const Case &c : std::vector<Case>{{0, 1, 1}, {2, 2, 1}, {1, 1, 3}, {1, 2, 4}, {1, 7, 1}, {1, 0, 1}}) {
-        EXPECT_EQ(MDTLM_VRALDCN_FLOW_GetTunnelMode(c.flag, c.type), c.mode) << c.flag << "/" << c.type;
-    }
-}
-
 /* Records of an unknown address family fail to encode (one line per task)
  * and are stored by no task; the flow still numbers them. */
 TEST_F(SensorTest, UnknownAddressFamilyIsStoredByNoTask)
@@ -183,15 +163,9 @@ TEST_F(SensorTest, UnknownAddressFamilyIsStoredByNoTask)
     MDTLM_SRVTLM_FLOW_STATS_REC srv = SrvtlmRecord(0, 1);
     srv.addressFamily = 2;
     const std::vector<Case> cases = {
-        {MDTLM_SENSOR_VRAL_FLOW, {"flow_statistics.proto", "mdtlm.flow.Sample", "flow_statistics", "flow_statistic"},
-         sizeof(flow), Bytes(std::vector{flow, FlowRecord()}), 2, 1},
-        {MDTLM_SENSOR_SRVTLM_FLOW,
-         {"io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample", "flow_statistics", "flow_statistic"},
-         sizeof(srv), Bytes(std::vector{srv, SrvtlmRecord(0, 5)}), 2, 5},
-        {MDTLM_SENSOR_SRVTLM_FCTFLOW,
-         {"io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample", "flow_throughput_statistics",
-          "flow_throughput_statistic"},
-         sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(std::vector{FctRecord(2, 1), FctRecord(0xFFFFFFFF, 2),
+        {MDTLM_SENSOR_VRAL_FLOW, kFlowSchema, sizeof(flow), Bytes(std::vector{flow, FlowRecord()}), 2, 1},
+        {MDTLM_SENSOR_SRVTLM_FLOW, kSrvSchema, sizeof(srv), Bytes(std::vector{srv, SrvtlmRecord(0, 5)}), 2, 5},
+        {MDTLM_SENSOR_SRVTLM_FCTFLOW, kFctSchema, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(std::vector{FctRecord(2, 1), FctRecord(0xFFFFFFFF, 2),
                                                                   FctRecord(0, 3)}),
          4, 3},
     };
@@ -240,8 +214,6 @@ TEST_F(SensorTest, ValuesWithoutTextAreStoredByGpbAndDroppedByJson)
         {kZ, zelk(&Z::opMode, 0), "op_mode", 0},             {kZ, zelk(&Z::opMode, 5), "op_mode", 5},
         {MDTLM_SENSOR_QUMA_RESULT, Bytes(QumaRecord(4, 4, "acl", "", 9, 9)), "protocol", 4},
     };
-    const Schema zelkSchema = {"export_flow_caches.proto", "mdtlm.zelk.Sample", "", ""};
-    const Schema qumaSchema = {"result_statistics.proto", "mdtlm.quma.Sample", "", ""};
     uint32_t taskId = 0;
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.field) + " " + std::to_string(c.value));
@@ -254,7 +226,7 @@ TEST_F(SensorTest, ValuesWithoutTextAreStoredByGpbAndDroppedByJson)
         EXPECT_EQ(EncodeFailures(-1), 1u);
         EXPECT_EQ(jsonTask->jsonBuffer->dataLen, 0u);
         MDTLM_VRALDCN_STATS_UploadRest();
-        const auto gpb = GpbOf(taskId - 1, c.type == kZ ? zelkSchema : qumaSchema);
+        const auto gpb = GpbOf(taskId - 1, c.type == kZ ? kZelkSchema : kQumaSchema);
         ASSERT_EQ(gpb.size(), 1u);
         EXPECT_EQ(U(*gpb[0], c.field), c.value);
         EXPECT_TRUE(SamplesOf(taskId).empty());
