@@ -112,35 +112,10 @@ void MDTLM_FlowAdvanceJsonCounter(uint32_t castType, uint32_t *unicast, uint32_t
 
 /* ---------------------------------------------------------- record pipeline */
 
-/* The pipeline table of a flow-family sensor: records are stamped with the
- * task's sequence number, and every accepted record counts as one record's
- * size for the report-performance counters of the u32 period key at
- * `perfPeriodOffset`. */
-template <typename Rec, int32_t (*GpbEncode)(const Rec *, uint8_t *, int32_t),
-          int32_t (*JsonEncode)(const Rec *, uint8_t *, int32_t), std::size_t CondRows, std::size_t FilterRows>
-constexpr MDTLM_SENSOR_PIPELINE MDTLM_FlowPipeline(uint32_t sensorType,
-                                                   const MDTLM_FILTER_MAP_ENTRY (&condMap)[CondRows],
-                                                   MDTLM_CONDITION_CMP_FUNC condCmp,
-                                                   const MDTLM_FILTER_MAP_ENTRY (&filterMap)[FilterRows],
-                                                   MDTLM_FILTER_CMP_FUNC filterCmp, const char *encodeFailFormat,
-                                                   uint32_t perfPeriodOffset)
-{
-    return MDTLM_SENSOR_PIPELINE{
-        sensorType,
-        condMap,
-        static_cast<uint32_t>(CondRows),
-        condCmp,
-        filterMap,
-        static_cast<uint32_t>(FilterRows),
-        filterCmp,
-        MDTLM_PipelineEncoder<Rec, GpbEncode>,
-        MDTLM_PipelineEncoder<Rec, JsonEncode>,
-        encodeFailFormat,
-        1,
-        perfPeriodOffset,
-        static_cast<uint32_t>(sizeof(Rec)),
-    };
-}
+/* The pipeline tables of both sensors stamp each record with the task's
+ * sequence number, and every accepted record counts as one record's size for
+ * the report-performance counters. */
+constexpr uint32_t MDTLM_FLOW_STAMPS_SEQUENCE = 1;
 
 /* The handler of a flow-family statistics message: 1 when the record passed
  * the task's conditions and filters, 0 when it was rejected. A body shorter

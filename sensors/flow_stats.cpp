@@ -78,10 +78,10 @@ void MDTLM_VRALDCN_FLOW_AddSequenceNumber(uint32_t castType, MDTLM_TASK_DATA *ta
 namespace {
 
 const MDTLM_SENSOR_PIPELINE kFlowPipeline =
-    MDTLM_FlowPipeline<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>(
+    MDTLM_TablePipeline<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>(
         MDTLM_SENSOR_VRAL_FLOW, g_mdTlmFlowStatsCondMap, MDTLM_VRALDCN_FlowCmpFieldWithCondition,
         g_mdTlmFlowStatsFilterMap, MDTLM_VRALDCN_FlowCmpFieldWithFilter, MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
-        offsetof(Rec, reportPeriodIndex));
+        MDTLM_FLOW_STAMPS_SEQUENCE, offsetof(Rec, reportPeriodIndex), sizeof(Rec));
 
 } // namespace
 

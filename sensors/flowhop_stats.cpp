@@ -86,10 +86,11 @@ namespace {
 /* This sensor counts by period id and names its own handler in the
  * encode-failure line. */
 const MDTLM_SENSOR_PIPELINE kFlowHopPipeline =
-    MDTLM_FlowPipeline<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>(
+    MDTLM_TablePipeline<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>(
         MDTLM_SENSOR_VRAL_FLOWHOP, g_femMdTlmFlowHopStatsCondMap, MDTLM_VRALDCN_FlowHopCmpFieldWithInfo,
         g_mdTlmFlowHopStatsFilterMap, MDTLM_VRALDCN_FlowHopCmpFieldWithFilter,
-        "[%s:%d][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, ret: %d.", offsetof(Rec, periodId));
+        "[%s:%d][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, ret: %d.", MDTLM_FLOW_STAMPS_SEQUENCE,
+        offsetof(Rec, periodId), sizeof(Rec));
 
 } // namespace
 

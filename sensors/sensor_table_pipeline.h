@@ -1,8 +1,9 @@
 /*
- * Pipeline tables of the sensors whose records are handled as they arrive
- * (export flow cache, result statistics and the two I/O service sensors): no
- * sequence stamping and no report-performance counting, the shared
- * encode-failure line, and typed encoders adapted to the pipeline.
+ * Pipeline tables of the sensors: typed encoders adapted to the pipeline. The
+ * sensors whose records are handled as they arrive (export flow cache, result
+ * statistics and the two I/O service sensors) keep the defaults: no sequence
+ * stamping, no report-performance counting and the shared encode-failure
+ * line. The flow family sets all of them.
  */
 #ifndef MDTLM_SENSORS_SENSOR_TABLE_PIPELINE_H
 #define MDTLM_SENSORS_SENSOR_TABLE_PIPELINE_H
@@ -19,7 +20,11 @@ constexpr MDTLM_SENSOR_PIPELINE MDTLM_TablePipeline(uint32_t sensorType,
                                                     const MDTLM_FILTER_MAP_ENTRY (&condMap)[CondRows],
                                                     MDTLM_CONDITION_CMP_FUNC condCmp,
                                                     const MDTLM_FILTER_MAP_ENTRY (&filterMap)[FilterRows],
-                                                    MDTLM_FILTER_CMP_FUNC filterCmp)
+                                                    MDTLM_FILTER_CMP_FUNC filterCmp,
+                                                    const char *encodeFailFormat = MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
+                                                    uint32_t stampsSequence = 0,
+                                                    uint32_t perfPeriodOffset = MDTLM_PIPELINE_NO_PERF,
+                                                    uint32_t perfItemBytes = 0)
 {
     return MDTLM_SENSOR_PIPELINE{
         sensorType,
@@ -31,10 +36,10 @@ constexpr MDTLM_SENSOR_PIPELINE MDTLM_TablePipeline(uint32_t sensorType,
         filterCmp,
         MDTLM_PipelineEncoder<Rec, GpbEncode>,
         MDTLM_PipelineEncoder<Rec, JsonEncode>,
-        MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
-        0,
-        MDTLM_PIPELINE_NO_PERF,
-        0,
+        encodeFailFormat,
+        stampsSequence,
+        perfPeriodOffset,
+        perfItemBytes,
     };
 }
 
