@@ -1,27 +1,21 @@
 /*
- * The whole path on a host: the simulator loads the plug-in, subscribes tasks,
- * sends a scripted run of records over the statistics channel, and records
- * every uploaded sample. Each record must reach exactly the tasks whose
- * conditions and filters it passes, in the order sent, with the per-task
- * sequence numbers of the flow sensor; the database must count what was
- * offered, accepted and uploaded; and no buffer may be left over.
+ * The whole path on a host, driven by a scripted run of records: each record
+ * must reach exactly the tasks whose conditions and filters it passes, in the
+ * order sent, with each task's own flow sequence numbers; the database must
+ * count what was offered, accepted and uploaded; no buffer may be left over.
  */
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <algorithm>
+#include <array>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "sim_runner.h"
 
 namespace {
-
-using Json = nlohmann::json;
 
 struct TaskCase {
     uint32_t id; /* task id; instance is 1 for even ids, 2 for odd ones */
@@ -130,64 +124,20 @@ std::string ScriptText()
     return text + "\n]\n";
 }
 
-/* Record keys of both encodings in one spelling. */
-Json Normalised(const Json &record)
-{
-    Json out = Json::object();
-    for (const auto &[key, value] : record.items()) {
-        std::string name = key;
-        std::replace(name.begin(), name.end(), '_', '-');
-        out[name] = value;
-    }
-    return out;
-}
-
-uint64_t Number(const Json &value)
+uint64_t Number(const nlohmann::json &value)
 {
     return value.is_string() ? std::stoull(value.get<std::string>()) : value.get<uint64_t>();
 }
 
-const TaskCase &TaskById(uint32_t id)
+/* Per task: messages offered, records accepted, uploads done, uploads failed. */
+std::map<uint32_t, std::array<int64_t, 4>> ReadTaskStats(const std::string &path)
 {
-    return *std::find_if(std::begin(kTasks), std::end(kTasks), [id](const TaskCase &t) { return t.id == id; });
-}
-
-/* Flow sequence numbers: per task and cast type, the records of the sensor offered before this one. */
-std::map<uint64_t, uint32_t> ExpectedFlowSequence()
-{
-    std::map<uint64_t, uint32_t> sequence;
-    uint32_t unicast = 0;
-    uint32_t multicast = 0;
-    for (const RecordCase &record : kRecords) {
-        if (std::string(record.sensor) != "flow" || record.shortBody) {
-            continue;
-        }
-        bool isUnicast = std::string(record.fields).find("\"cast-type\": 1") != std::string::npos;
-        sequence[record.key] = isUnicast ? unicast++ : multicast++;
-    }
-    return sequence;
-}
-
-struct StatRow {
-    int64_t recv = -1;
-    int64_t match = -1;
-    int64_t uploadOk = -1;
-    int64_t uploadFail = -1;
-};
-
-std::map<uint32_t, StatRow> ReadTaskStats(const std::string &path)
-{
-    std::map<uint32_t, StatRow> rows;
+    std::map<uint32_t, std::array<int64_t, 4>> rows;
     sqlite3 *db = nullptr;
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
-        sqlite3_close(db);
-        return rows;
-    }
     sqlite3_stmt *stmt = nullptr;
-    if (sqlite3_prepare_v2(db,
-                           "SELECT task_id, recv_msg_count, match_item_count, upload_ok_count, upload_fail_count "
-                           "FROM fem_mdtlm_stat",
-                           -1, &stmt, nullptr) == SQLITE_OK) {
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+        sqlite3_prepare_v2(db, "SELECT task_id, recv_msg_count, match_item_count, upload_ok_count, upload_fail_count "
+                               "FROM fem_mdtlm_stat", -1, &stmt, nullptr) == SQLITE_OK) {
         while (sqlite3_step(stmt) == SQLITE_ROW) {
             rows[static_cast<uint32_t>(sqlite3_column_int64(stmt, 0))] = {
                 sqlite3_column_int64(stmt, 1), sqlite3_column_int64(stmt, 2), sqlite3_column_int64(stmt, 3),
@@ -199,121 +149,78 @@ std::map<uint32_t, StatRow> ReadTaskStats(const std::string &path)
     return rows;
 }
 
-std::vector<Json> ReadLines(const std::string &path)
+TEST(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrderAndIsCounted)
 {
-    std::vector<Json> lines;
-    std::istringstream in(ReadFile(path));
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(Json::parse(line));
-    }
-    return lines;
-}
-
-class SimDelivery : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        dir_.Write("tasks.json", ConfigText());
-        dir_.Write("records.json", ScriptText());
-        run_ = RunSimulator(dir_, {"--plugin", std::string(MDTLM_BUILD_DIR) + "/libmdtlm_vraldcn.so", "--config",
-                                   "tasks.json", "--records", "records.json", "--port", "0", "--quiet", "--out",
-                                   "samples.ndjson", "--db", "sim.db", "--proto-dir", MDTLM_PROTO_DIR});
-        lines_ = ReadLines(dir_.File("samples.ndjson"));
-        for (const Json &line : lines_) {
-            uint32_t task = line.at("task").get<uint32_t>();
-            ++samples_[task];
-            for (const Json &record : line.at("records")) {
-                uploaded_[task].push_back(Normalised(record));
-            }
-        }
-    }
-
-    ScratchDir dir_;
-    SimRun run_;
-    std::vector<Json> lines_;
-    std::map<uint32_t, std::vector<Json>> uploaded_; /* by task id, in upload order */
-    std::map<uint32_t, int64_t> samples_;
-};
-
-TEST_F(SimDelivery, StopsCleanlyWithEveryBufferReturned)
-{
-    EXPECT_EQ(run_.exitCode, 0) << run_.err;
-    EXPECT_NE(run_.err.find("mdtlm-sim: clean stop"), std::string::npos) << run_.err;
-    EXPECT_NE(run_.err.find(", 0 outstanding (0 bytes)"), std::string::npos) << run_.err;
+    ScratchDir dir;
+    dir.Write("tasks.json", ConfigText());
+    dir.Write("records.json", ScriptText());
+    std::vector<std::string> args = PluginArgs("tasks.json", {"--records", "records.json", "--db", "sim.db"});
+    SimRun run = ToolProcess(dir, "mdtlm-sim", args).Wait(90);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.err.find("mdtlm-sim: clean stop"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find(", 0 outstanding (0 bytes)"), std::string::npos) << run.err;
     /* The short flow record is refused at intake and reported as such. */
-    EXPECT_NE(run_.err.find("1 short messages refused"), std::string::npos) << run_.err;
-    EXPECT_NE(run_.err.find("sent " + std::to_string(std::size(kRecords)) + " messages"), std::string::npos)
-        << run_.err;
-}
+    EXPECT_NE(run.err.find("1 short messages refused"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("sent " + std::to_string(std::size(kRecords)) + " messages"), std::string::npos)
+        << run.err;
 
-TEST_F(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrder)
-{
-    ASSERT_EQ(run_.exitCode, 0) << run_.err;
-    for (const TaskCase &task : kTasks) {
-        std::vector<uint64_t> expected;
-        for (const RecordCase &record : kRecords) {
-            if (record.sensor == std::string(task.sensor) && record.accepted.count(task.id) &&
-                !record.unencodable.count(task.id)) {
-                expected.push_back(record.key);
-            }
-        }
-        std::vector<uint64_t> got;
-        for (const Json &record : uploaded_[task.id]) {
-            ASSERT_TRUE(record.contains(kKeyField.at(task.sensor))) << record.dump();
-            got.push_back(Number(record.at(kKeyField.at(task.sensor))));
-        }
-        EXPECT_EQ(got, expected) << "task " << task.id << " (" << task.sensor << ")";
-    }
-}
-
-TEST_F(SimDelivery, FlowRecordsCarryEachTasksOwnSequenceNumbers)
-{
-    ASSERT_EQ(run_.exitCode, 0) << run_.err;
-    std::map<uint64_t, uint32_t> sequence = ExpectedFlowSequence();
-    for (uint32_t task : {11u, 12u, 13u, 14u}) {
-        ASSERT_FALSE(uploaded_[task].empty()) << "task " << task;
-        for (const Json &record : uploaded_[task]) {
-            uint64_t key = Number(record.at("timestamp-nanosecond"));
-            EXPECT_EQ(Number(record.at("sequence-number")), sequence.at(key)) << "task " << task << " record " << key;
-        }
-    }
-}
-
-TEST_F(SimDelivery, SamplesAreWholeAndNamedAfterTheirTasks)
-{
-    ASSERT_EQ(run_.exitCode, 0) << run_.err;
-    ASSERT_FALSE(lines_.empty());
-    for (const Json &line : lines_) {
-        const TaskCase &task = TaskById(line.at("task").get<uint32_t>());
-        EXPECT_EQ(line.at("instance").get<uint32_t>(), task.id % 2 == 0 ? 1u : 2u);
-        EXPECT_EQ(line.at("sensor").get<std::string>(), task.sensor);
-        bool json = std::string(task.settings).find("\"json\"") != std::string::npos;
-        EXPECT_EQ(line.at("encoding").get<std::string>(), json ? "json" : "gpb");
+    std::vector<nlohmann::json> lines = ReadSamples(dir.File("samples.ndjson"));
+    std::map<uint32_t, std::vector<nlohmann::json>> uploaded = RecordsByTask(lines);
+    std::map<uint32_t, int64_t> samples;
+    for (const nlohmann::json &line : lines) {
+        uint32_t id = line.at("task").get<uint32_t>();
+        ++samples[id];
+        EXPECT_EQ(line.at("instance").get<uint32_t>(), id % 2 == 0 ? 1u : 2u) << line.dump();
         EXPECT_EQ(line.at("items").get<size_t>(), line.at("records").size()) << line.dump();
         EXPECT_FALSE(line.contains("problem")) << line.dump();
         EXPECT_GT(line.at("timestamp").get<uint64_t>(), 1500000000000u);
     }
-}
+    std::map<uint32_t, std::array<int64_t, 4>> rows = ReadTaskStats(dir.File("sim.db"));
 
-TEST_F(SimDelivery, DatabaseCountsOfferedAcceptedAndUploaded)
-{
-    ASSERT_EQ(run_.exitCode, 0) << run_.err;
-    std::map<uint32_t, StatRow> rows = ReadTaskStats(dir_.File("sim.db"));
+    /* Flow sequence numbers count, per cast type, the flow records offered before. */
+    std::map<uint64_t, uint32_t> flowSequence;
+    uint32_t perCast[2] = {0, 0};
+    for (const RecordCase &record : kRecords) {
+        if (std::string(record.sensor) == "flow" && !record.shortBody) {
+            bool unicast = std::string(record.fields).find("\"cast-type\": 1") != std::string::npos;
+            flowSequence[record.key] = perCast[unicast ? 0 : 1]++;
+        }
+    }
+
     for (const TaskCase &task : kTasks) {
+        SCOPED_TRACE("task " + std::to_string(task.id) + " (" + task.sensor + ")");
+        const std::string &keyField = kKeyField.at(task.sensor);
+        bool isJson = std::string(task.settings).find("\"json\"") != std::string::npos;
+        std::vector<uint64_t> expected;
         int64_t offered = 0;
         int64_t accepted = 0;
         for (const RecordCase &record : kRecords) {
-            if (record.sensor == std::string(task.sensor) && !record.shortBody) {
-                ++offered;
-                accepted += record.accepted.count(task.id);
+            if (record.sensor != std::string(task.sensor) || record.shortBody) {
+                continue;
+            }
+            ++offered;
+            accepted += record.accepted.count(task.id);
+            if (record.accepted.count(task.id) && !record.unencodable.count(task.id)) {
+                expected.push_back(record.key);
             }
         }
-        ASSERT_TRUE(rows.count(task.id)) << "no statistics row for task " << task.id;
-        const StatRow &row = rows[task.id];
-        EXPECT_EQ(row.recv, offered) << "task " << task.id;
-        EXPECT_EQ(row.match, accepted) << "task " << task.id;
-        EXPECT_EQ(row.uploadOk, samples_[task.id]) << "task " << task.id;
-        EXPECT_EQ(row.uploadFail, 0) << "task " << task.id;
+        std::vector<uint64_t> got;
+        for (const nlohmann::json &record : uploaded[task.id]) {
+            ASSERT_TRUE(record.contains(keyField)) << record.dump();
+            got.push_back(Number(record.at(keyField)));
+            if (task.sensor == std::string("flow")) {
+                EXPECT_EQ(Number(record.at("sequence-number")), flowSequence.at(got.back())) << record.dump();
+            }
+        }
+        EXPECT_EQ(got, expected);
+        for (const nlohmann::json &line : lines) {
+            if (line.at("task").get<uint32_t>() == task.id) {
+                EXPECT_EQ(line.at("sensor").get<std::string>(), task.sensor);
+                EXPECT_EQ(line.at("encoding").get<std::string>(), isJson ? "json" : "gpb");
+            }
+        }
+        ASSERT_TRUE(rows.count(task.id)) << "no statistics row";
+        EXPECT_EQ(rows[task.id], (std::array<int64_t, 4>{offered, accepted, samples[task.id], 0}));
     }
 }
 

@@ -1,16 +1,16 @@
 /*
- * The two forwarding sides: the simulator's generator, whose traffic must be
- * offered to every task without loss and come back decodable, and mdtlm-send,
- * whose batched and repeated datagrams must arrive as records in order.
+ * The two forwarding sides: the simulator's generator must lose nothing and its
+ * samples must decode; mdtlm-send's batched, repeated datagrams must arrive as
+ * records in order; and an interrupted simulator must still stop cleanly.
  */
 #include <gtest/gtest.h>
 
+#include <signal.h>
+
 #include <algorithm>
-#include <map>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
-#include <sstream>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -20,50 +20,20 @@ namespace {
 
 using Json = nlohmann::json;
 
-const std::string kPlugin = std::string(MDTLM_BUILD_DIR) + "/libmdtlm_vraldcn.so";
-
-std::vector<Json> ReadLines(const std::string &path)
-{
-    std::vector<Json> lines;
-    std::istringstream in(ReadFile(path));
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(Json::parse(line));
-    }
-    return lines;
-}
-
-/* Every record of a task, keys spelled with '-', in upload order. */
-std::map<uint32_t, std::vector<Json>> RecordsByTask(const std::vector<Json> &lines)
-{
-    std::map<uint32_t, std::vector<Json>> records;
-    for (const Json &line : lines) {
-        for (const Json &record : line.at("records")) {
-            Json normalised = Json::object();
-            for (const auto &[key, value] : record.items()) {
-                std::string name = key;
-                std::replace(name.begin(), name.end(), '_', '-');
-                normalised[name] = value;
-            }
-            records[line.at("task").get<uint32_t>()].push_back(normalised);
-        }
-    }
-    return records;
-}
-
-const char *const kSensors[] = {"flow", "flow-hop", "io-flow", "result", "io-throughput", "export-cache"};
-
 TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
 {
-    ScratchDir dir;
+    const char *const sensors[] = {"flow", "flow-hop", "io-flow", "result", "io-throughput", "export-cache"};
     std::string config = "{\"generator\": {\"rate\": 40, \"seed\": 9}, \"tasks\": [\n";
-    for (size_t i = 0; i < std::size(kSensors); ++i) {
-        config += std::string(i == 0 ? "" : ",\n") + " {\"sensor\": \"" + kSensors[i] + "\", \"task\": " +
-                  std::to_string(10 * (i + 1)) + ", \"encoding\": \"gpb\"},\n {\"sensor\": \"" + kSensors[i] +
-                  "\", \"task\": " + std::to_string(10 * (i + 1) + 1) + ", \"encoding\": \"json\"}";
+    for (size_t i = 0; i < std::size(sensors); ++i) {
+        for (const char *encoding : {"gpb", "json"}) {
+            config += std::string(config.back() == '\n' ? "" : ",\n") + "{\"sensor\": \"" + sensors[i] +
+                      "\", \"task\": " + std::to_string(10 * (i + 1) + (encoding[0] == 'j')) +
+                      ", \"encoding\": \"" + encoding + "\"}";
+        }
     }
+    ScratchDir dir;
     dir.Write("gen.json", config + "\n]}\n");
-    SimRun run = RunSimulator(dir, {"--plugin", kPlugin, "--config", "gen.json", "--duration", "2.5", "--port", "0",
-                                    "--quiet", "--out", "samples.ndjson", "--proto-dir", MDTLM_PROTO_DIR});
+    SimRun run = ToolProcess(dir, "mdtlm-sim", PluginArgs("gen.json", {"--duration", "2.5"})).Wait(90);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NE(run.err.find("mdtlm-sim: clean stop"), std::string::npos) << run.err;
 
@@ -76,7 +46,7 @@ TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
     }
     EXPECT_EQ(rows, 12) << run.err;
 
-    std::vector<Json> lines = ReadLines(dir.File("samples.ndjson"));
+    std::vector<Json> lines = ReadSamples(dir.File("samples.ndjson"));
     std::set<uint32_t> tasksSeen;
     for (const Json &line : lines) {
         EXPECT_FALSE(line.contains("problem")) << line.dump();
@@ -100,7 +70,7 @@ TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
     EXPECT_GT(largest, uint64_t{1} << 32);
 }
 
-TEST(SendTool, BatchedAndRepeatedRecordsArriveInOrder)
+TEST(SendTool, BatchedRecordsArriveInOrderAndAnInterruptStopsCleanly)
 {
     ScratchDir dir;
     dir.Write("tasks.json", R"({"generator": {"rate": 0}, "tasks": [
@@ -110,9 +80,7 @@ TEST(SendTool, BatchedAndRepeatedRecordsArriveInOrder)
         {"sensor": "flow", "timestamp-nanosecond": 1, "address-family": 1, "cast-type": 1},
         {"sensor": "export-cache", "seed": 301, "protocol-id": 6, "recovery-mode": 2, "op-mode": 1},
         {"sensor": "flow", "timestamp-nanosecond": 2, "address-family": 1, "cast-type": 1}])");
-    ToolProcess sim(dir, "mdtlm-sim",
-                    {"--plugin", kPlugin, "--config", "tasks.json", "--duration", "4", "--port", "0", "--quiet",
-                     "--out", "samples.ndjson", "--proto-dir", MDTLM_PROTO_DIR});
+    ToolProcess sim(dir, "mdtlm-sim", PluginArgs("tasks.json"));
     ASSERT_TRUE(sim.WaitForErr("generating 0 records per second", 30)) << sim.ErrSoFar();
     std::smatch port;
     std::string err = sim.ErrSoFar();
@@ -123,20 +91,28 @@ TEST(SendTool, BatchedAndRepeatedRecordsArriveInOrder)
                       .Wait(30);
     EXPECT_EQ(send.exitCode, 0) << send.err;
     EXPECT_NE(send.err.find("9 messages in 6 datagrams"), std::string::npos) << send.err;
-
+    /* Stop with the tasks still subscribed, once every record has been uploaded. */
+    ASSERT_TRUE(sim.WaitForErr("(9 records)", 30)) << sim.ErrSoFar();
+    sim.Signal(SIGINT);
     SimRun run = sim.Wait(60);
+
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NE(run.err.find("channel: received 9 messages in 6 datagrams"), std::string::npos) << run.err;
-
-    std::map<uint32_t, std::vector<Json>> records = RecordsByTask(ReadLines(dir.File("samples.ndjson")));
-    std::vector<uint64_t> flowKeys;
-    std::vector<uint64_t> flowSequence;
-    for (const Json &record : records[1]) {
-        flowKeys.push_back(record.at("timestamp-nanosecond").get<uint64_t>());
-        flowSequence.push_back(record.at("sequence-number").get<uint64_t>());
+    EXPECT_NE(run.err.find("stopping"), std::string::npos) << run.err;
+    for (const char *task : {"[1]", "[2]"}) {
+        EXPECT_NE(run.err.find(std::string("Delete telemetry task") + task + " success"), std::string::npos)
+            << task << "\n" << run.err;
     }
-    EXPECT_EQ(flowKeys, (std::vector<uint64_t>{1, 2, 1, 2, 1, 2}));
-    EXPECT_EQ(flowSequence, (std::vector<uint64_t>{0, 1, 2, 3, 4, 5}));
+    EXPECT_NE(run.err.find(", 0 outstanding (0 bytes)"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("mdtlm-sim: clean stop"), std::string::npos) << run.err;
+
+    std::map<uint32_t, std::vector<Json>> records = RecordsByTask(ReadSamples(dir.File("samples.ndjson")));
+    std::vector<std::pair<uint64_t, uint64_t>> flows; /* record key, sequence number */
+    for (const Json &record : records[1]) {
+        flows.emplace_back(record.at("timestamp-nanosecond").get<uint64_t>(),
+                           record.at("sequence-number").get<uint64_t>());
+    }
+    EXPECT_EQ(flows, (std::vector<std::pair<uint64_t, uint64_t>>{{1, 0}, {2, 1}, {1, 2}, {2, 3}, {1, 4}, {2, 5}}));
     std::vector<uint64_t> cacheSeeds;
     for (const Json &record : records[2]) {
         cacheSeeds.push_back(record.at("seed").get<uint64_t>());

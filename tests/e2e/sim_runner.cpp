@@ -1,6 +1,4 @@
-/*
- * Child-process plumbing for the end-to-end tests.
- */
+/* Child-process plumbing for the end-to-end tests. */
 #include "sim_runner.h"
 
 #include <fcntl.h>
@@ -8,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -15,12 +14,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
-
-namespace {
-
-constexpr auto kPoll = std::chrono::milliseconds(20);
-
-} // namespace
 
 ScratchDir::ScratchDir()
 {
@@ -37,11 +30,9 @@ ScratchDir::~ScratchDir()
     std::filesystem::remove_all(path_, ignored);
 }
 
-std::string ScratchDir::Write(const std::string &name, const std::string &text) const
+void ScratchDir::Write(const std::string &name, const std::string &text) const
 {
-    std::string path = File(name);
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
+    std::ofstream(File(name), std::ios::binary) << text;
 }
 
 std::string ReadFile(const std::string &path)
@@ -84,11 +75,6 @@ ToolProcess::~ToolProcess()
     }
 }
 
-std::string ToolProcess::ErrSoFar() const
-{
-    return ReadFile(errPath_);
-}
-
 void ToolProcess::Signal(int signal)
 {
     if (pid_ > 0) {
@@ -103,7 +89,7 @@ bool ToolProcess::WaitForErr(const std::string &text, int timeoutSeconds)
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
-        std::this_thread::sleep_for(kPoll);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return true;
 }
@@ -122,15 +108,45 @@ SimRun ToolProcess::Wait(int timeoutSeconds)
             waitpid(pid_, &status, 0);
             pid_ = -1;
         } else {
-            std::this_thread::sleep_for(kPoll);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }
-    run.out = ReadFile(outPath_);
     run.err = ReadFile(errPath_);
     return run;
 }
 
-SimRun RunSimulator(const ScratchDir &dir, const std::vector<std::string> &args, int timeoutSeconds)
+std::vector<std::string> PluginArgs(const std::string &config, const std::vector<std::string> &extra)
 {
-    return ToolProcess(dir, "mdtlm-sim", args).Wait(timeoutSeconds);
+    std::vector<std::string> args = {"--plugin", std::string(MDTLM_BUILD_DIR) + "/libmdtlm_vraldcn.so", "--config",
+                                     config, "--port", "0", "--quiet", "--out", "samples.ndjson", "--proto-dir",
+                                     MDTLM_PROTO_DIR};
+    args.insert(args.end(), extra.begin(), extra.end());
+    return args;
+}
+
+std::vector<nlohmann::json> ReadSamples(const std::string &path)
+{
+    std::vector<nlohmann::json> lines;
+    std::istringstream in(ReadFile(path));
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(nlohmann::json::parse(line));
+    }
+    return lines;
+}
+
+std::map<uint32_t, std::vector<nlohmann::json>> RecordsByTask(const std::vector<nlohmann::json> &lines)
+{
+    std::map<uint32_t, std::vector<nlohmann::json>> records;
+    for (const nlohmann::json &line : lines) {
+        for (const nlohmann::json &record : line.at("records")) {
+            nlohmann::json normalised = nlohmann::json::object();
+            for (const auto &[key, value] : record.items()) {
+                std::string name = key;
+                std::replace(name.begin(), name.end(), '_', '-');
+                normalised[name] = value;
+            }
+            records[line.at("task").get<uint32_t>()].push_back(normalised);
+        }
+    }
+    return records;
 }

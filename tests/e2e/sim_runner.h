@@ -7,14 +7,18 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 struct SimRun {
     int exitCode = -1; /* -1: killed or did not finish in time */
-    std::string out;
     std::string err;
 };
+
+std::string ReadFile(const std::string &path);
 
 class ScratchDir {
 public:
@@ -25,8 +29,7 @@ public:
 
     const std::string &Path() const { return path_; }
     std::string File(const std::string &name) const { return path_ + "/" + name; }
-    /* Writes `text` to the file `name` and returns its path. */
-    std::string Write(const std::string &name, const std::string &text) const;
+    void Write(const std::string &name, const std::string &text) const;
 
 private:
     std::string path_;
@@ -43,7 +46,7 @@ public:
 
     /* Waits until stderr so far contains `text`; false after `timeoutSeconds`. */
     bool WaitForErr(const std::string &text, int timeoutSeconds);
-    std::string ErrSoFar() const;
+    std::string ErrSoFar() const { return ReadFile(errPath_); }
     /* Sends `signal` to the process. */
     void Signal(int signal);
     /* Waits for the end (killing the process after `timeoutSeconds`). */
@@ -55,9 +58,11 @@ private:
     pid_t pid_ = -1;
 };
 
-/* Runs mdtlm-sim with `args` in `dir` to its end. */
-SimRun RunSimulator(const ScratchDir &dir, const std::vector<std::string> &args, int timeoutSeconds = 90);
-
-std::string ReadFile(const std::string &path);
+/* mdtlm-sim arguments that load the plug-in with `config` and write samples to samples.ndjson. */
+std::vector<std::string> PluginArgs(const std::string &config, const std::vector<std::string> &extra = {});
+/* The lines of a samples file, parsed. */
+std::vector<nlohmann::json> ReadSamples(const std::string &path);
+/* Every uploaded record by task id, in upload order; keys of both encodings spelled with '-'. */
+std::map<uint32_t, std::vector<nlohmann::json>> RecordsByTask(const std::vector<nlohmann::json> &lines);
 
 #endif /* MDTLM_E2E_SIM_RUNNER_H */
