@@ -1,7 +1,4 @@
-/*
- * Address text forms at their extremes, and the capacity floors that are
- * checked before anything is written.
- */
+/* Address texts at their extremes, and capacity floors checked before any write. */
 #include <gtest/gtest.h>
 
 #include <array>

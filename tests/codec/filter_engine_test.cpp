@@ -1,8 +1,4 @@
-/*
- * The condition and filter engine against a small sensor: a map of fields, a
- * record of values by field id, and callbacks that log the ids they were
- * asked about.
- */
+/* Condition and filter engine on a small sensor; the callbacks log the field ids asked. */
 #include <gtest/gtest.h>
 
 #include <cstdlib>

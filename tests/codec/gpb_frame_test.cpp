@@ -1,8 +1,4 @@
-/*
- * Record framing, read back by libprotobuf.
- */
-/* The framing helper is internal to the plug-in (hidden there); the test
- * builds its own copy of the one unit. */
+/* Record framing, read back by libprotobuf; the helper is internal, so its unit is built here. */
 #include "gpb_frame.cpp"
 #include "wire_check.h"
 

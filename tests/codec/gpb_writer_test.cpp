@@ -1,7 +1,4 @@
-/*
- * The GPB field writers against libprotobuf: the same bytes as its encoder,
- * read back by its parser, and -2 for every capacity short of the exact fit.
- */
+/* GPB field writers: libprotobuf's bytes, read back, -2 for every capacity short of the fit. */
 #include <functional>
 
 #include "wire_check.h"

@@ -1,8 +1,4 @@
-/*
- * Helpers of the codec tests: an independent reading of the writers' bytes
- * (libprotobuf's unknown-field parser), a reference encoding (libprotobuf's
- * CodedOutputStream), guarded output buffers and the logging set-up.
- */
+/* Codec test helpers: libprotobuf as reader and reference writer, guarded outputs, logs. */
 #ifndef MDTLM_TESTS_CODEC_WIRE_CHECK_H
 #define MDTLM_TESTS_CODEC_WIRE_CHECK_H
 
@@ -10,10 +6,6 @@
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/unknown_field_set.h>
 #include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "fake_framework.h"
 #include "mdtlm_vraldcn.h"

@@ -1,16 +1,11 @@
-/*
- * Fixture for the frame and loop tests: the framework double is installed,
- * the host runs a manual clock and manual tasks (the test thread drives the
- * loop with Pump) and binds the channel on a port of its own. Every test ends
- * with a full unload and no framework buffer left.
- */
+/* Frame and loop tests: manual clock and tasks (Pump drives the loop); each
+ * test ends with a full unload and no framework buffer left. */
 #ifndef MDTLM_TEST_FRAME_PLUGIN_FIXTURE_H
 #define MDTLM_TEST_FRAME_PLUGIN_FIXTURE_H
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -47,7 +42,7 @@ protected:
 
     /* Shape of a delivered line: label, '#' for the line number, then text. */
     static std::string L(const std::string &text) { return "[mdtlm.vraldcn.statis:#]" + text; }
-    static std::vector<std::string> Lines(std::initializer_list<std::string> texts)
+    static std::vector<std::string> Lines(const std::vector<std::string> &texts)
     {
         std::vector<std::string> shapes;
         for (const std::string &text : texts) {
@@ -73,13 +68,11 @@ protected:
         std::memcpy(event->payload, &word, 4);
         return event;
     }
-    static void Free(void *buf) { MDTLM_VRALDCN_BufFree(&buf); }
 
     MDTLM_FRM_VTBL savedTable_{};
 };
 
-/* A task node linked straight into a sensor's list, so that the sensor has a
- * task; unlinked and released when the scope ends. */
+/* A task node linked straight into a sensor's list for the scope's life. */
 class ScopedTask {
 public:
     explicit ScopedTask(uint32_t sensorType)
@@ -99,10 +92,7 @@ public:
         void *raw = node_;
         MDTLM_VRALDCN_BufFree(&raw);
     }
-    ScopedTask(const ScopedTask &) = delete;
-    ScopedTask &operator=(const ScopedTask &) = delete;
 
-private:
     MDTLM_TASK_NODE *node_;
 };
 

@@ -1,11 +1,4 @@
-/*
- * Hot-patch hooks: the service's function lists and the sync hook.
- */
-#include <cstdint>
-#include <cstring>
-#include <string>
-#include <vector>
-
+/* Hot-patch hooks: the service's function lists and the sync hook. */
 #include "frame_fixture.h"
 
 namespace {
@@ -19,30 +12,20 @@ uint32_t Second() { g_ran.push_back(2); return 7; }
 uint32_t Third() { g_ran.push_back(3); return 0; }
 uint32_t Deactivate() { g_ran.push_back(-1); return 0; }
 
-void RegisterPatches()
+} // namespace
+
+TEST_F(FrameTest, ActivationStopsAtTheFirstFailingFunctionAndTheSyncHook)
 {
+    Bind();
     const HPX_C2H_FUNC active[] = {First, Second, Third};
     const HPX_C2H_FUNC deactive[] = {Deactivate};
     ASSERT_EQ(MDTLM_HOST_HpxRegister("FWM_MDTLM_VRALDCN_C2HActive", active, 3, nullptr, 0), 0u);
     ASSERT_EQ(MDTLM_HOST_HpxRegister("FWM_MDTLM_VRALDCN_C2HDeactive", nullptr, 0, deactive, 1), 0u);
-}
-
-} // namespace
-
-TEST_F(FrameTest, ActivationStopsAtTheFirstFailingFunctionAndGivesTheListBack)
-{
-    Bind();
-    RegisterPatches();
     FWM_MDTLM_VRALDCN_C2HActive();
     EXPECT_EQ(g_ran, (std::vector<int>{1, 2}));
     EXPECT_EQ(Fw().Shapes(), Lines({"[PATCH][FWM_MDTLM_VRALDCN]C2H func execute failed"}));
-    EXPECT_EQ(MDTLM_HOST_HpxOutstanding(), 0u);
-}
+    EXPECT_EQ(MDTLM_HOST_HpxOutstanding(), 0u); /* the list is given back */
 
-TEST_F(FrameTest, SyncHook)
-{
-    Bind();
-    RegisterPatches();
     const struct {
         int32_t operation;
         bool handle;

@@ -1,9 +1,4 @@
-/*
- * The log helper's line bound and the buffer helpers' ownership rules.
- */
-#include <cstdint>
-#include <string>
-
+/* The log helper's line bound and the buffer helpers' ownership rules. */
 #include "frame_fixture.h"
 
 using FrameTest = PluginTest;

@@ -1,11 +1,4 @@
-/*
- * Path registration: the record handed to the framework, byte by byte, and a
- * framework that refuses one path.
- */
-#include <cstdint>
-#include <cstring>
-#include <string>
-
+/* Path registration: the records handed to the framework, and a refused path. */
 #include "frame_fixture.h"
 
 namespace {

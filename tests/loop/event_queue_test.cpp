@@ -1,11 +1,5 @@
-/*
- * The event queue: dispatch order, malformed events, failing handlers, a full
- * queue, and the flow-control callbacks of both queues.
- */
-#include <cstdint>
-#include <string>
+/* The event queue: order, malformed and failing events, a full queue, flow control. */
 #include <utility>
-#include <vector>
 
 #include "../frame/frame_fixture.h"
 
@@ -25,32 +19,22 @@ uint32_t Record(void *payload, uint32_t)
     return Result;
 }
 
-void RecordAllEvents()
+} // namespace
+
+TEST_F(LoopTest, EventsInQueueOrderAndMalformedOrFailingEventsReleased)
 {
+    Start();
     g_mdtlmVralDcnEventProcList[0] = Record<0, 0>;
     g_mdtlmVralDcnEventProcList[1] = Record<1, 0>;
     g_mdtlmVralDcnEventProcList[2] = Record<2, 0>;
-}
-
-} // namespace
-
-TEST_F(LoopTest, EventsAreHandledOnePerPopInQueueOrder)
-{
-    Start();
-    RecordAllEvents();
     ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(1, 3544, 11)), 0u);
     ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(2, 3544, 22)), 0u);
     ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(0, 4, 33)), 0u);
-    EXPECT_EQ(Pump(), 3u);
+    EXPECT_EQ(Pump(), 3u); /* one handler per pop */
     EXPECT_EQ(g_handled, (Handled{{1, 11}, {2, 22}, {0, 33}}));
     EXPECT_EQ(Fw().Outstanding(), 0);
     EXPECT_TRUE(Fw().Logs().empty());
-}
 
-TEST_F(LoopTest, MalformedAndFailingEventsAreReleased)
-{
-    Start();
-    RecordAllEvents();
     g_mdtlmVralDcnEventProcList[1] = Record<1, 5>;
     const struct {
         uint32_t type, len;
@@ -88,7 +72,7 @@ TEST_F(LoopTest, FullEventQueueRefusesThe1025thEvent)
     Fw().ClearLogs();
     MDTLM_EVENT_MSG *extra = NewEvent(2, 3544, 0);
     EXPECT_EQ(MDTLM_VRALDCN_EVENT_Push(extra), 1u);
-    Free(extra);
+    MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&extra));
     EXPECT_EQ(MDTLM_VRALDCN_STATS_PushStatsEventToQue(5), 0u); /* this producer frees its own event */
     EXPECT_EQ(Fw().Shapes(), Lines({"[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
                                     "[VRALDCN_EVENT_Push] Write queue fail. eleCnt: 0.",
@@ -96,28 +80,4 @@ TEST_F(LoopTest, FullEventQueueRefusesThe1025thEvent)
                                     "timerSecondCnt: 5, ret: 1."}));
     EXPECT_EQ(Fw().Outstanding(), 1024); /* the teardown's unload releases the queued ones */
     EXPECT_EQ(MDTLM_HOST_QueueCount(g_mdtlmVralDcnTaskEventHdl), 1024);
-}
-
-TEST_F(LoopTest, FlowControlCallbacksOnlyLog)
-{
-    Bind();
-    const struct {
-        uint32_t (*fn)(uint32_t);
-        uint32_t event, result;
-        const char *line;
-    } cases[] = {
-        {MDTLM_VRALDCN_EVENT_FlowCtrlProc, 0, 0, "[VRALDCN_EVENT_FlowCtrlProc] Flow ctrl start."},
-        {MDTLM_VRALDCN_EVENT_FlowCtrlProc, 1, 0, "[VRALDCN_EVENT_FlowCtrlProc] Flow ctrl stop."},
-        {MDTLM_VRALDCN_EVENT_FlowCtrlProc, 2, 1, "[VRALDCN_EVENT_FlowCtrlProc] Illigal evt, evt: 2."},
-        {MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc, 0, 0, "[TASK_QUE_FlowCtrlProc] Flow ctrl start."},
-        {MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc, 1, 0, "[TASK_QUE_FlowCtrlProc] Flow ctrl stop."},
-        {MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc, 7, 1, "[TASK_QUE_FlowCtrlProc] Illigal evt, evt: 7."},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.line);
-        Fw().ClearLogs();
-        EXPECT_EQ(c.fn(c.event), c.result);
-        EXPECT_EQ(Fw().Shapes(), Lines({c.line}));
-        EXPECT_TRUE(Fw().HasShape(L(c.line), 0));
-    }
 }

@@ -1,11 +1,4 @@
-/*
- * Statistics intake: which entries of a batch are kept, exact copies on the
- * statistics queue, refused bodies and a full queue.
- */
-#include <cstdint>
-#include <string>
-#include <vector>
-
+/* Statistics intake: which batch entries are kept, exact copies, short bodies, a full queue. */
 #include "../frame/frame_fixture.h"
 
 namespace {
@@ -83,11 +76,7 @@ TEST_F(LoopTest, IntakeBatches)
             ExpectPopped(c.entries[k].type, originals[k]);
         }
         EXPECT_EQ(MDTLM_VRALDCN_STATS_QUE_Pop(), nullptr);
-        std::vector<std::string> expected;
-        for (const std::string &line : c.lines) {
-            expected.push_back(L(line));
-        }
-        EXPECT_EQ(Fw().Shapes(), expected);
+        EXPECT_EQ(Fw().Shapes(), Lines(c.lines));
         shortMsgs += c.lines.size();
         EXPECT_EQ(MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(), shortMsgs);
     }

@@ -1,22 +1,12 @@
-/*
- * Full unload: the worker thread ends, every queue, the timer and the server
- * go, and what was still queued is released; also after a failed start-up.
- */
-#include <cstdint>
-#include <vector>
-
+/* Full unload: the worker thread ends, queues, timer and server go, queued work is released. */
 #include "../frame/frame_fixture.h"
 
 namespace {
 
 using LoopTest = PluginTest;
 
-struct PlatformCalls {
-    uint64_t queueDestroys, chanDestroys, epollDestroys, timerDestroys;
-    bool operator==(const PlatformCalls &) const = default;
-};
-
-PlatformCalls CallsSinceReset()
+/* Queue, channel, epoll and timer destructions since the last reset. */
+std::vector<uint64_t> Destroys()
 {
     return {MDTLM_HOST_CallCount(MDTLM_HOST_OP_QUE_DESTROY), MDTLM_HOST_CallCount(MDTLM_HOST_OP_CHAN_DESTROY),
             MDTLM_HOST_CallCount(MDTLM_HOST_OP_EPOLL_DESTROY), MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_DESTROY)};
@@ -60,11 +50,11 @@ TEST_F(LoopTest, UnloadReleasesQueuedWorkTimerAndIsIdempotent)
     MDTLM_HOST_CallCountReset();
     MDTLM_VRALDCN_Unload();
     EXPECT_EQ(Fw().Outstanding(), 0);
-    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{2, 1, 1, 1}));
+    EXPECT_EQ(Destroys(), (std::vector<uint64_t>{2, 1, 1, 1}));
     ExpectNothingLeft();
 
     MDTLM_HOST_CallCountReset();
     MDTLM_VRALDCN_Unload();
-    EXPECT_EQ(CallsSinceReset(), (PlatformCalls{0, 0, 0, 0}));
+    EXPECT_EQ(Destroys(), (std::vector<uint64_t>{0, 0, 0, 0}));
 }
 

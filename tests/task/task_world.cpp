@@ -2,7 +2,9 @@
 
 #include <cstring>
 
-uint32_t AppendBodyMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
+/* Every sensor's handler: the body is the record, appended with the buffer
+ * discipline; a body starting with '!' is rejected. */
+static uint32_t AppendBodyMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
 {
     if (msg->msgLen > 0 && msg->body[0] == '!') {
         return 0;
@@ -102,27 +104,4 @@ Lines TaskWorld::Logs()
         out.push_back(std::to_string(l.level) + " " + l.shape.substr(label.size()));
     }
     return out;
-}
-
-std::vector<uint32_t> TaskWorld::ItemCounts()
-{
-    std::vector<uint32_t> out;
-    for (const CapturedSample &s : fw().Samples()) {
-        out.push_back(s.header.itemCnt);
-    }
-    return out;
-}
-
-MDTLM_SAMPLE_BUFFER *TaskWorld::NewBuffer(uint32_t dataLen, char fill)
-{
-    auto *b = static_cast<MDTLM_SAMPLE_BUFFER *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_SAMPLE_BUFFER)));
-    std::memset(b, 0, sizeof(*b));
-    std::memset(b->data, fill, sizeof(b->data));
-    b->dataLen = dataLen;
-    return b;
-}
-
-int64_t Sql(const std::string &query)
-{
-    return MDTLM_HOST_DbQueryInt(query.c_str());
 }
