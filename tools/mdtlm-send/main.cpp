@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "cli_args.h"
+#include "mdtlm_version.h"
 #include "record_script.h"
 #include "sensor_table.h"
 #include "stats_wire.h"
@@ -39,6 +40,7 @@ void Usage(FILE *out)
                  "  --port N      statistics channel port on 127.0.0.1 (default %u)\n"
                  "  --repeat N    send the whole list N times (default 1)\n"
                  "  --batch N     messages per datagram (default 1)\n"
+                 "  --version     print the version and exit\n"
                  "example: mdtlm-send examples/records.json\n",
                  SensorNameList().c_str(), kDefaultPort);
 }
@@ -51,6 +53,9 @@ Options ParseOptions(int argc, char **argv)
     while (!args.Done()) {
         if (args.Flag("--help") || args.Flag("-h")) {
             Usage(stdout);
+            std::exit(0);
+        } else if (args.Flag("--version")) {
+            std::printf("mdtlm-send %s\n", MDTLM_VERSION_STRING);
             std::exit(0);
         } else if (args.Option("--port", value)) {
             options.port = static_cast<uint16_t>(ParseUnsigned("--port", value, 1, 65535));

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "cli_args.h"
+#include "mdtlm_version.h"
 
 namespace mdtlm::sim {
 namespace {
@@ -43,7 +44,8 @@ void PrintUsage(FILE *out)
                  "  --gpb-format text|json  how GPB samples are printed (default text)\n"
                  "  --compact            one line per printed sample\n"
                  "  --quiet              print no samples\n"
-                 "  --module-id N        module id handed to the plug-in (default %u)\n",
+                 "  --module-id N        module id handed to the plug-in (default %u)\n"
+                 "  --version            print the version and exit\n",
                  Options{}.moduleId);
 }
 
@@ -58,6 +60,9 @@ Options ParseOptions(int argc, char **argv)
     while (!args.Done()) {
         if (args.Flag("--help") || args.Flag("-h")) {
             PrintUsage(stdout);
+            std::exit(0);
+        } else if (args.Flag("--version")) {
+            std::printf("mdtlm-sim %s\n", MDTLM_VERSION_STRING);
             std::exit(0);
         } else if (args.Option("--config", value)) {
             options.config = value;
