@@ -1,9 +1,25 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the simulator need,
-# asking apt-get only for what is missing.
+# Installs the Debian packages a job needs, asking apt-get only for what is missing.
+#   scripts/install-deps.sh [GROUP...]   groups: build (default), bench, fuzz
 set -euo pipefail
-packages=(cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
-          libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev)
+
+declare -A groups
+groups[build]="cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
+               libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev"
+groups[bench]=""
+groups[fuzz]=""
+
+wanted=("$@")
+[ ${#wanted[@]} -gt 0 ] || wanted=(build)
+packages=()
+for g in "${wanted[@]}"; do
+  if [ -z "${groups[$g]+set}" ]; then
+    echo "install-deps: unknown group '$g' (groups: ${!groups[*]})" >&2
+    exit 2
+  fi
+  packages+=(${groups[$g]})
+done
+
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
