@@ -109,6 +109,37 @@ typedef uint32_t (*MDTLM_CONDITION_CMP_FUNC)(uint32_t fieldId, const MDTLM_PATH_
 typedef uint32_t (*MDTLM_FILTER_CMP_FUNC)(uint32_t fieldId, const MDTLM_PATH_FILTER *filter,
                                           const void *record);
 
+/* How a condition or a filter on a field id is decided: what its value must
+ * look like and at which width it is compared. */
+#define MDTLM_FIELD_FORM_NONE 0u     /* the id reaches no record field: the test always holds */
+#define MDTLM_FIELD_FORM_NUMBER32 1u /* decimal number; its low 32 bits are compared */
+#define MDTLM_FIELD_FORM_NUMBER64 2u /* decimal number compared at 64 bits */
+#define MDTLM_FIELD_FORM_IPV4 3u     /* IPv4 address text */
+#define MDTLM_FIELD_FORM_IP 4u       /* address text of the record's family, IPv4 or IPv6 */
+
+#define MDTLM_FIELD_MAP_CONDITION 0u
+#define MDTLM_FIELD_MAP_FILTER 1u
+/* Family code of a sensor whose records carry no address-family field. */
+#define MDTLM_NO_ADDRESS_FAMILY 0xFFFFFFFFu
+
+/* (MDTLM_FIELD_MAP_CONDITION or MDTLM_FIELD_MAP_FILTER, field id) -> MDTLM_FIELD_FORM_x */
+typedef uint32_t (*MDTLM_FIELD_FORM_FUNC)(uint32_t mapKind, uint32_t fieldId);
+
+/* One sensor's testable fields as its handler sees them: the condition and
+ * filter maps it searches, how each id is compared, and the address-family
+ * codes of its records. */
+typedef struct MDTLM_FIELD_CATALOGUE_ENTRY {
+    uint32_t sensorType;
+    uint32_t condRows;
+    const MDTLM_FILTER_MAP_ENTRY *condMap;
+    const MDTLM_FILTER_MAP_ENTRY *filterMap;
+    uint32_t filterRows;
+    uint32_t familyIpv4; /* MDTLM_NO_ADDRESS_FAMILY when the records carry no family */
+    uint32_t familyIpv6;
+    uint32_t reserved;
+    MDTLM_FIELD_FORM_FUNC fieldForm;
+} MDTLM_FIELD_CATALOGUE_ENTRY;
+
 /* ----------------------------------------------------------- sample buffers */
 
 typedef struct MDTLM_SAMPLE_BUFFER {

@@ -43,6 +43,9 @@ MDTLM_EXPORT extern MDTLM_XPATH_NODE g_mdtlmVralDcnXpathNode[MDTLM_SENSOR_COUNT]
 MDTLM_EXPORT extern MDTLM_STATS_MAP_ENTRY g_femMdtlmStatsMap[MDTLM_SENSOR_COUNT];
 MDTLM_EXPORT extern MDTLM_TASK_LIST_ENTRY g_vralDcnTlmTaskListMap[MDTLM_SENSOR_COUNT];
 MDTLM_EXPORT extern MDTLM_PATH_NAME_ENTRY g_femMdtlmPathNamList[MDTLM_SENSOR_COUNT];
+/* Per sensor, in sensor-type order: the maps and comparison forms its handler
+ * uses, for hosts that check or document task configurations. */
+MDTLM_EXPORT extern const MDTLM_FIELD_CATALOGUE_ENTRY g_mdtlmFieldCatalogue[MDTLM_SENSOR_COUNT];
 
 MDTLM_EXPORT extern MDTLM_LIST_LINK g_vralDcnTlmFlowTaskListHead;
 MDTLM_EXPORT extern MDTLM_LIST_LINK g_vralDcnTlmFlowHopTaskListHead;

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr uint8_t kFamilyIpv4 = 1;
-constexpr uint8_t kFamilyIpv6 = 2;
 constexpr uint32_t kIpv4TextCap = 32;
 constexpr uint32_t kIpv6TextCap = 40;
 
@@ -38,9 +36,9 @@ int32_t MDTLM_FlowFormatAddresses(const MDTLM_FLOW_STATS_REC *rec, char (&src)[M
                                   char (&dst)[MDTLM_FLOW_ADDR_TEXT_LEN])
 {
     uint32_t ret;
-    if (rec->addressFamily == kFamilyIpv6) {
+    if (rec->addressFamily == MDTLM_FLOW_FAMILY_IPV6) {
         ret = MDTLM_VRALDCN_FLOW_JSON_EncodeIpv6(rec, src, dst, kIpv6TextCap);
-    } else if (rec->addressFamily == kFamilyIpv4) {
+    } else if (rec->addressFamily == MDTLM_FLOW_FAMILY_IPV4) {
         ret = MDTLM_VRALDCN_FLOW_JSON_EncodeIpv4(rec, src, dst, kIpv4TextCap);
     } else {
         return MDTLM_ENCODE_FAIL; /* neither IPv4 nor IPv6: the record cannot be encoded */

@@ -23,7 +23,6 @@ T ReadAt(const void *record, std::size_t offset)
 
 #define FLOW_FIELD(type, member) ReadAt<type>(record, offsetof(MDTLM_FLOW_STATS_REC, member))
 
-constexpr uint8_t kFamilyIpv4 = 1;
 constexpr uint8_t kDirectionIn = 1;
 
 /* Condition values are texts of at most 34 bytes; one not terminated there
@@ -88,7 +87,7 @@ void MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(const void *record, uint32_t *address
         return;
     }
     if (addressFamily != nullptr) {
-        *addressFamily = FLOW_FIELD(uint8_t, addressFamily) == kFamilyIpv4 ? 0u : 1u;
+        *addressFamily = FLOW_FIELD(uint8_t, addressFamily) == MDTLM_FLOW_FAMILY_IPV4 ? 0u : 1u;
     }
     if (tunnelMode != nullptr) {
         *tunnelMode =
@@ -104,6 +103,32 @@ void MDTLM_VRALDCN_FLOW_JSON_GenPacketInfo(const void *record, uint32_t *address
 
 } /* extern "C" */
 
+namespace {
+
+/* The condition ids of both sensors: the value tested, and whether it is compared in 64 bits. */
+struct ConditionField {
+    uint32_t fieldId;
+    bool wide;
+    uint64_t (*value)(const void *record);
+};
+
+const ConditionField kConditionFields[] = {
+    {0, true,
+     [](const void *record) -> uint64_t {
+         uint64_t flowId = 0;
+         MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(record, &flowId, nullptr);
+         return flowId;
+     }},
+    {1, false,
+     [](const void *record) -> uint64_t {
+         uint32_t direction = 0;
+         MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(record, nullptr, &direction);
+         return direction;
+     }},
+};
+
+} // namespace
+
 MDTLM_FLOW_DERIVED MDTLM_FlowDerive(const void *record)
 {
     MDTLM_FLOW_DERIVED d{};
@@ -114,21 +139,30 @@ MDTLM_FLOW_DERIVED MDTLM_FlowDerive(const void *record)
 
 uint32_t MDTLM_FlowCompareCondition(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond, const void *record)
 {
-    const ConditionValue value(cond);
-    switch (fieldId) {
-    case 0: {
-        uint64_t flowId = 0;
-        MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(record, &flowId, nullptr);
-        return std::strtoull(value.text, nullptr, 10) == flowId ? 1u : 0u;
+    for (const ConditionField &field : kConditionFields) {
+        if (field.fieldId != fieldId) {
+            continue;
+        }
+        const ConditionValue value(cond);
+        if (field.wide) {
+            return std::strtoull(value.text, nullptr, 10) == field.value(record) ? 1u : 0u;
+        }
+        return static_cast<uint32_t>(std::strtoul(value.text, nullptr, 10)) ==
+                       static_cast<uint32_t>(field.value(record))
+                   ? 1u
+                   : 0u;
     }
-    case 1: {
-        uint32_t direction = 0;
-        MDTLM_VRALDCN_FLOW_JSON_GenFlowInfo(record, nullptr, &direction);
-        return static_cast<uint32_t>(std::strtoul(value.text, nullptr, 10)) == direction ? 1u : 0u;
+    return 1;
+}
+
+uint32_t MDTLM_FlowConditionForm(uint32_t fieldId)
+{
+    for (const ConditionField &field : kConditionFields) {
+        if (field.fieldId == fieldId) {
+            return field.wide ? MDTLM_FIELD_FORM_NUMBER64 : MDTLM_FIELD_FORM_NUMBER32;
+        }
     }
-    default:
-        return 1;
-    }
+    return MDTLM_FIELD_FORM_NONE;
 }
 
 bool MDTLM_FlowCutTexts(const char (&chassisId)[MDTLM_FLOW_TEXT_FIELD_LEN],

@@ -52,6 +52,8 @@ MDTLM_FLOW_DERIVED MDTLM_FlowDerive(const void *record);
 
 /* Condition ids of both sensors: 0 flow-id, 1 direction; any other id holds. */
 uint32_t MDTLM_FlowCompareCondition(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond, const void *record);
+/* How a condition id of both sensors is compared (MDTLM_FIELD_FORM_x). */
+uint32_t MDTLM_FlowConditionForm(uint32_t fieldId);
 
 /* One row of a sensor's filter values: the field id, whether the value is
  * compared in 64 bits, and how it is read from the record. */
@@ -81,6 +83,18 @@ uint32_t MDTLM_FlowCompareFilter(const MDTLM_FLOW_FILTER_FIELD<Rec> (&fields)[N]
                                           filter->op);
     }
     return 1;
+}
+
+/* How a filter id is compared, from the same rows the filter verdict uses. */
+template <typename Rec, std::size_t N>
+uint32_t MDTLM_FlowFilterForm(const MDTLM_FLOW_FILTER_FIELD<Rec> (&fields)[N], uint32_t fieldId)
+{
+    for (const MDTLM_FLOW_FILTER_FIELD<Rec> &field : fields) {
+        if (field.fieldId == fieldId) {
+            return field.wide ? MDTLM_FIELD_FORM_NUMBER64 : MDTLM_FIELD_FORM_NUMBER32;
+        }
+    }
+    return MDTLM_FIELD_FORM_NONE;
 }
 
 /* --------------------------------------------------------- sequence numbers */
@@ -216,6 +230,9 @@ int32_t MDTLM_FlowGpbTail(const Rec *rec, uint8_t *out, int32_t cap)
 /* --------------------------------------------------- flow record addresses */
 
 constexpr uint32_t MDTLM_FLOW_ADDR_TEXT_LEN = 40;
+/* Address-family codes of a flow statistics record. */
+constexpr uint8_t MDTLM_FLOW_FAMILY_IPV4 = 1;
+constexpr uint8_t MDTLM_FLOW_FAMILY_IPV6 = 2;
 
 /* Source and destination texts of a flow record by its address family
  * (1 IPv4, 2 IPv6): 0, or -1 for any other family or a failed conversion. */

@@ -4,6 +4,7 @@
  * handler that runs each record through the shared record pipeline.
  */
 #include "flow_family.h"
+#include "sensor_record_fields.h"
 #include "sensor_table_pipeline.h"
 
 namespace {
@@ -74,6 +75,12 @@ void MDTLM_VRALDCN_FLOW_AddSequenceNumber(uint32_t castType, MDTLM_TASK_DATA *ta
 }
 
 } /* extern "C" */
+
+uint32_t MDTLM_FlowStatsFieldForm(uint32_t mapKind, uint32_t fieldId)
+{
+    return mapKind == MDTLM_FIELD_MAP_FILTER ? MDTLM_FlowFilterForm(kFilterFields, fieldId)
+                                             : MDTLM_FlowConditionForm(fieldId);
+}
 
 namespace {
 

@@ -44,6 +44,12 @@ constexpr MDTLM_RECORD_FIELD kFilterFields[] = {
 
 } // namespace
 
+uint32_t MDTLM_QumaResultFieldForm(uint32_t mapKind, uint32_t fieldId)
+{
+    return mapKind == MDTLM_FIELD_MAP_FILTER ? MDTLM_RecordFieldForm(kFilterFields, fieldId)
+                                             : MDTLM_RecordFieldForm(kConditionFields, fieldId);
+}
+
 extern "C" uint32_t MDTLM_QUMA_STATS_CmpFieldWithCondition(uint32_t fieldId, const MDTLM_PATH_CONDITION *cond,
                                                            const void *record)
 {

@@ -128,4 +128,31 @@ uint32_t MDTLM_AddressConditionHolds(const MDTLM_RECORD_FIELD (&fields)[N], uint
     return fieldId == srcId ? cmpSrc(rec, text) : cmpDst(rec, text);
 }
 
+/* How a test on `fieldId` is compared, read from the table the compare callback uses. */
+template <std::size_t N>
+uint32_t MDTLM_RecordFieldForm(const MDTLM_RECORD_FIELD (&fields)[N], uint32_t fieldId)
+{
+    if (fieldId >= N || fields[fieldId].compare == MDTLM_FIELD_NONE) {
+        return MDTLM_FIELD_FORM_NONE;
+    }
+    return fields[fieldId].compare == MDTLM_FIELD_FULL64 ? MDTLM_FIELD_FORM_NUMBER64 : MDTLM_FIELD_FORM_NUMBER32;
+}
+
+/* The same for a condition of a sensor whose ids `srcId` and `dstId` are
+ * address texts of `addressForm`. */
+template <std::size_t N>
+uint32_t MDTLM_AddressConditionForm(const MDTLM_RECORD_FIELD (&fields)[N], uint32_t srcId, uint32_t dstId,
+                                    uint32_t addressForm, uint32_t fieldId)
+{
+    return fieldId == srcId || fieldId == dstId ? addressForm : MDTLM_RecordFieldForm(fields, fieldId);
+}
+
+/* Comparison forms of each sensor's condition and filter ids (MDTLM_FIELD_FORM_FUNC). */
+uint32_t MDTLM_FlowStatsFieldForm(uint32_t mapKind, uint32_t fieldId);
+uint32_t MDTLM_FlowHopStatsFieldForm(uint32_t mapKind, uint32_t fieldId);
+uint32_t MDTLM_SrvtlmFlowFieldForm(uint32_t mapKind, uint32_t fieldId);
+uint32_t MDTLM_QumaResultFieldForm(uint32_t mapKind, uint32_t fieldId);
+uint32_t MDTLM_SrvtlmFctFlowFieldForm(uint32_t mapKind, uint32_t fieldId);
+uint32_t MDTLM_ZelkCacheFieldForm(uint32_t mapKind, uint32_t fieldId);
+
 #endif /* MDTLM_SENSORS_SENSOR_RECORD_FIELDS_H */

@@ -62,6 +62,14 @@ constexpr MDTLM_RECORD_FIELD kFilterFields[] = {
 
 } // namespace
 
+uint32_t MDTLM_SrvtlmFlowFieldForm(uint32_t mapKind, uint32_t fieldId)
+{
+    if (mapKind == MDTLM_FIELD_MAP_FILTER) {
+        return MDTLM_RecordFieldForm(kFilterFields, fieldId);
+    }
+    return MDTLM_AddressConditionForm(kConditionFields, kSourceIp, kDestinationIp, MDTLM_FIELD_FORM_IP, fieldId);
+}
+
 extern "C" uint32_t MDTLM_SRVTLM_CmpSrcIpWithStr(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, const char *text)
 {
     return MDTLM_SrvtlmCmpAddress(rec->addressFamily, rec->srcIp, text);

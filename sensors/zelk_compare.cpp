@@ -49,6 +49,14 @@ constexpr MDTLM_RECORD_FIELD kFilterFields[] = {
 
 } // namespace
 
+uint32_t MDTLM_ZelkCacheFieldForm(uint32_t mapKind, uint32_t fieldId)
+{
+    if (mapKind == MDTLM_FIELD_MAP_FILTER) {
+        return MDTLM_RecordFieldForm(kFilterFields, fieldId);
+    }
+    return MDTLM_AddressConditionForm(kConditionFields, kSourceIp, kDestinationIp, MDTLM_FIELD_FORM_IPV4, fieldId);
+}
+
 extern "C" uint32_t MDTLM_ZELK_CmpIpv4WithStr(uint32_t addr, const char *text)
 {
     return MDTLM_SRVTLM_CmpIpv4WithStr(addr, text);
