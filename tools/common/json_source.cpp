@@ -7,6 +7,8 @@
 #include "json_source.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -181,7 +183,7 @@ JsonSource JsonSource::Load(const std::string &path)
 {
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        throw InputError(path + ": cannot read the file");
+        throw InputError(path + ": cannot read the file: " + std::strerror(errno));
     }
     std::ostringstream text;
     text << in.rdbuf();
@@ -224,11 +226,15 @@ int JsonSource::Line(const std::string &pointer) const
     }
 }
 
-void JsonSource::Fail(const std::string &pointer, const std::string &message) const
+std::string JsonSource::Where(const std::string &pointer) const
 {
     std::string field = FieldName(pointer);
-    throw InputError(path_ + ":" + std::to_string(Line(pointer)) + ": " + (field.empty() ? "" : field + ": ") +
-                     message);
+    return path_ + ":" + std::to_string(Line(pointer)) + ": " + (field.empty() ? "" : field + ": ");
+}
+
+void JsonSource::Fail(const std::string &pointer, const std::string &message) const
+{
+    throw InputError(Where(pointer) + message);
 }
 
 std::string JsonSource::FieldName(const std::string &pointer)

@@ -34,6 +34,8 @@ public:
      * for a pointer that names nothing, the line of its nearest parent. */
     int Line(const std::string &pointer) const;
 
+    /* "FILE:LINE: FIELD: " for the value at `pointer`. */
+    std::string Where(const std::string &pointer) const;
     /* Throws InputError "FILE:LINE: FIELD: message" for the value at `pointer`. */
     [[noreturn]] void Fail(const std::string &pointer, const std::string &message) const;
 

@@ -39,7 +39,60 @@ std::string FieldList(const SensorDesc &sensor)
     return names;
 }
 
-StatsMessage ReadRecord(const JsonSource &source, const nlohmann::json &entry, const std::string &at)
+/* "address-family 1 (flow: 1 IPv4, 2 IPv6)" */
+std::string FamilyCodes(const SensorDesc &sensor, uint64_t family)
+{
+    return std::string(sensor.familyField) + " " + std::to_string(family) + " (" + sensor.shortName + ": " +
+           std::to_string(sensor.familyIpv4) + " IPv4, " + std::to_string(sensor.familyIpv6) + " IPv6)";
+}
+
+/* An address text must be of the family the record says: the plug-in formats
+ * the stored words by the family field, so an IPv6 text under an IPv4 code
+ * goes out as a different IPv4 address. */
+void CheckAddressFamily(const JsonSource &source, const nlohmann::json &entry, const std::string &at,
+                        const SensorDesc &sensor, const uint8_t *record)
+{
+    if (sensor.familyField == nullptr) {
+        return;
+    }
+    const uint64_t family = sensor.Family(record);
+    for (const FieldDesc &field : sensor.fields) {
+        if (field.kind != FieldKind::Address || !entry.contains(field.name) || !entry[field.name].is_string()) {
+            continue;
+        }
+        const std::string text = entry[field.name].get<std::string>();
+        uint32_t ipv4 = 0;
+        const bool isIpv4 = ParseIpv4(text, ipv4);
+        if (isIpv4 && family == sensor.familyIpv6) {
+            source.Fail(at + "/" + field.name, "\"" + text + "\" is an IPv4 address, but " +
+                                                   FamilyCodes(sensor, family) + " says IPv6");
+        }
+        if (!isIpv4 && family != sensor.familyIpv6) {
+            source.Fail(at + "/" + field.name, "\"" + text + "\" is an IPv6 address, but " +
+                                                   FamilyCodes(sensor, family) + " does not say IPv6");
+        }
+    }
+}
+
+/* The plug-in copies record texts into JSON samples as they are. */
+void WarnAboutJsonTexts(const JsonSource &source, const nlohmann::json &entry, const std::string &at,
+                        const SensorDesc &sensor, std::vector<std::string> *warnings)
+{
+    for (const FieldDesc &field : sensor.fields) {
+        if (warnings == nullptr || field.kind != FieldKind::Text || !entry.contains(field.name) ||
+            !entry[field.name].is_string()) {
+            continue;
+        }
+        if (entry[field.name].get<std::string>().find_first_of("\"\\") != std::string::npos) {
+            warnings->push_back(source.Where(at + "/" + field.name) +
+                                "warning: the text holds \" or \\; the plug-in inserts record texts into JSON "
+                                "samples unescaped, so a JSON sample with this record is not valid JSON");
+        }
+    }
+}
+
+StatsMessage ReadRecord(const JsonSource &source, const nlohmann::json &entry, const std::string &at,
+                        std::vector<std::string> *warnings)
 {
     if (!entry.is_object()) {
         source.Fail(at, "expected an object describing one record");
@@ -71,13 +124,15 @@ StatsMessage ReadRecord(const JsonSource &source, const nlohmann::json &entry, c
             source.Fail(where, problem);
         }
     }
+    CheckAddressFamily(source, entry, at, sensor, message.body.data());
+    WarnAboutJsonTexts(source, entry, at, sensor, warnings);
     message.body.resize(bodyLength, 0);
     return message;
 }
 
 } // namespace
 
-std::vector<StatsMessage> ReadRecordScript(const JsonSource &source)
+std::vector<StatsMessage> ReadRecordScript(const JsonSource &source, std::vector<std::string> *warnings)
 {
     const nlohmann::json &root = source.Root();
     if (!root.is_array()) {
@@ -85,14 +140,14 @@ std::vector<StatsMessage> ReadRecordScript(const JsonSource &source)
     }
     std::vector<StatsMessage> messages;
     for (size_t i = 0; i < root.size(); ++i) {
-        messages.push_back(ReadRecord(source, root[i], "/" + std::to_string(i)));
+        messages.push_back(ReadRecord(source, root[i], "/" + std::to_string(i), warnings));
     }
     return messages;
 }
 
-std::vector<StatsMessage> LoadRecordScript(const std::string &path)
+std::vector<StatsMessage> LoadRecordScript(const std::string &path, std::vector<std::string> *warnings)
 {
-    return ReadRecordScript(JsonSource::Load(path));
+    return ReadRecordScript(JsonSource::Load(path), warnings);
 }
 
 } // namespace mdtlm::tools

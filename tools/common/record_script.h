@@ -21,9 +21,11 @@
 
 namespace mdtlm::tools {
 
-/* Throws InputError naming file, line and field for anything malformed. */
-std::vector<StatsMessage> LoadRecordScript(const std::string &path);
-std::vector<StatsMessage> ReadRecordScript(const JsonSource &source);
+/* Throws InputError naming file, line and field for anything malformed, and
+ * for an address text whose form contradicts the record's address family.
+ * Texts that would break a JSON sample add a line to `warnings`. */
+std::vector<StatsMessage> LoadRecordScript(const std::string &path, std::vector<std::string> *warnings = nullptr);
+std::vector<StatsMessage> ReadRecordScript(const JsonSource &source, std::vector<std::string> *warnings = nullptr);
 
 } // namespace mdtlm::tools
 

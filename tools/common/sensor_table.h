@@ -30,7 +30,7 @@ enum class FieldKind {
 enum class Pick {
     Zero,     /* left 0 */
     Range,    /* uniform in [lo, hi] */
-    Rare,     /* mostly uniform in [lo, hi], now and then one of `values` */
+    Rare,     /* uniform in [lo, hi]; with the invalid share, one of `values` (refused or not encodable) */
     Counter,  /* counters: small ones and ones above 2^32 */
     Clock,    /* current time, seconds since 1970 */
     Nanos,    /* 0 .. 999999999 */

@@ -5,9 +5,10 @@
 #include "config.h"
 
 #include <cstring>
-#include <initializer_list>
 #include <map>
 #include <utility>
+
+#include "field_reference.h"
 
 namespace mdtlm::sim {
 namespace {
@@ -21,6 +22,52 @@ constexpr size_t kConditionValueMax = sizeof(MDTLM_PATH_CONDITION::value) - 1;
 constexpr size_t kFilterNameMax = sizeof(MDTLM_PATH_FILTER::fieldName) - 1;
 constexpr double kMaxRate = 100000;
 
+const ConfigKey kTopKeys[] = {
+    {"tasks", "array of task objects", "the telemetry tasks subscribed at start, at least one"},
+    {"generator", "object", "the built-in forwarding side (ignored with --records)"},
+};
+
+const ConfigKey kGeneratorKeys[] = {
+    {"rate", "number, 0 to 100000", "records per second for each sensor that has a task (default 5)"},
+    {"seed", "whole number", "seed of the value generator (default 1)"},
+    {"invalid-share", "number, 0 to 1",
+     "share of values drawn from those the plug-in rejects or cannot encode (default 0); "
+     "such records produce \"encode failed\" lines and samples with fewer records"},
+};
+
+const ConfigKey kTaskKeys[] = {
+    {"sensor", "text", "short name (see Sensors below), sensor path, or type number as text"},
+    {"instance", "whole number", "instance id (default 1)"},
+    {"task", "whole number", "task id; instance and task together name a task's samples"},
+    {"encoding", "`gpb` or `json`", "sample encoding (default gpb)"},
+    {"sample-interval", "whole number, milliseconds",
+     "sample interval (default 1000); a sample closes the interval once it has run for its whole seconds"},
+    {"conditions", "array of up to 32 condition objects", "equality tests, all must hold"},
+    {"filters", "array of up to 2 filter objects", "threshold tests"},
+    {"filter-logic", "`and` or `or`",
+     "how two filters combine (default and); with one filter its verdict counts alone"},
+};
+
+const ConfigKey kConditionKeys[] = {
+    {"name", "text", "a condition name of the task's sensor (see Sensors below)"},
+    {"value", "text, at most 33 characters, or a whole number",
+     "the value the field must equal, in the form its sensor lists"},
+};
+
+const ConfigKey kFilterKeys[] = {
+    {"name", "text", "a filter name of the task's sensor (see Sensors below)"},
+    {"operator", "`eq`, `gt`, `ge`, `lt` or `le`", "the comparison, field on the left"},
+    {"threshold", "whole number, 0 to 18446744073709551615", "the value the field is compared with"},
+};
+
+const ConfigSection kSections[] = {
+    {"Top level", kTopKeys},
+    {"\"generator\"", kGeneratorKeys},
+    {"Each entry of \"tasks\"", kTaskKeys},
+    {"Each entry of \"conditions\"", kConditionKeys},
+    {"Each entry of \"filters\"", kFilterKeys},
+};
+
 const std::pair<const char *, uint8_t> kOperators[] = {
     {"eq", MDTLM_FILTER_OP_EQ}, {"gt", MDTLM_FILTER_OP_GT}, {"ge", MDTLM_FILTER_OP_GE},
     {"lt", MDTLM_FILTER_OP_LT}, {"le", MDTLM_FILTER_OP_LE},
@@ -29,7 +76,7 @@ const std::pair<const char *, uint8_t> kOperators[] = {
 /* Reads the members of one object of the file, each complaint pointing at its member. */
 class ObjectReader {
 public:
-    ObjectReader(const JsonSource &source, const std::string &pointer, std::initializer_list<const char *> keys)
+    ObjectReader(const JsonSource &source, const std::string &pointer, std::span<const ConfigKey> keys)
         : source_(source), pointer_(pointer)
     {
         const Json &value = Value(pointer);
@@ -40,9 +87,9 @@ public:
         for (const auto &[key, member] : value.items()) {
             bool known = false;
             std::string list;
-            for (const char *allowed : keys) {
-                known = known || key == allowed;
-                list += (list.empty() ? "" : ", ") + std::string(allowed);
+            for (const ConfigKey &allowed : keys) {
+                known = known || key == allowed.key;
+                list += (list.empty() ? "" : ", ") + std::string(allowed.key);
             }
             if (!known) {
                 source_.Fail(At(key), "unknown setting (expected one of: " + list + ")");
@@ -118,9 +165,10 @@ private:
     const Json *object_ = nullptr;
 };
 
-ConditionConfig ReadCondition(const JsonSource &source, const std::string &pointer)
+ConditionConfig ReadCondition(const JsonSource &source, const std::string &pointer, const SensorFields &fields,
+                              std::vector<std::string> &notes)
 {
-    ObjectReader reader(source, pointer, {"name", "value"});
+    ObjectReader reader(source, pointer, kConditionKeys);
     reader.Require("name");
     reader.Require("value");
     ConditionConfig condition;
@@ -134,12 +182,28 @@ ConditionConfig ReadCondition(const JsonSource &source, const std::string &point
     } else {
         condition.value = reader.Text("value", kConditionValueMax);
     }
+    const TestableField *field = fields.Condition(condition.name);
+    if (field == nullptr) {
+        source.Fail(reader.At("name"), "sensor " + std::string(fields.sensor->shortName) + " has no condition \"" +
+                                           condition.name + "\" (its conditions: " + fields.ConditionNames() + ")" +
+                                           (fields.Filter(condition.name) != nullptr ? "; it is one of its filters"
+                                                                                     : ""));
+    }
+    ConditionValueCheck check = CheckConditionValue(fields, *field, condition.value);
+    if (!check.problem.empty()) {
+        source.Fail(reader.At("value"), check.problem);
+    }
+    if (!check.note.empty()) {
+        notes.push_back(source.Where(reader.At("value")) + "note: " + check.note);
+    }
+    condition.value = check.value;
     return condition;
 }
 
-FilterConfig ReadFilter(const JsonSource &source, const std::string &pointer)
+FilterConfig ReadFilter(const JsonSource &source, const std::string &pointer, const SensorFields &fields,
+                        std::vector<std::string> &notes)
 {
-    ObjectReader reader(source, pointer, {"name", "operator", "threshold"});
+    ObjectReader reader(source, pointer, kFilterKeys);
     reader.Require("name");
     reader.Require("operator");
     reader.Require("threshold");
@@ -157,14 +221,24 @@ FilterConfig ReadFilter(const JsonSource &source, const std::string &pointer)
         source.Fail(reader.At("operator"), "unknown operator \"" + op + "\" (expected eq, gt, ge, lt or le)");
     }
     filter.threshold = reader.Unsigned("threshold", 0, UINT64_MAX);
+    const TestableField *field = fields.Filter(filter.name);
+    if (field == nullptr) {
+        source.Fail(reader.At("name"), "sensor " + std::string(fields.sensor->shortName) + " has no filter \"" +
+                                           filter.name + "\" (its filters: " + fields.FilterNames() + ")" +
+                                           (fields.Condition(filter.name) != nullptr ? "; it is one of its conditions"
+                                                                                     : ""));
+    }
+    std::string note = FilterNote(*field, filter.threshold);
+    if (!note.empty()) {
+        notes.push_back(source.Where(reader.At("threshold")) + "note: " + note);
+    }
     return filter;
 }
 
-TaskConfig ReadTask(const JsonSource &source, const std::string &pointer)
+TaskConfig ReadTask(const JsonSource &source, const std::string &pointer, const FieldCatalogue &catalogue,
+                    std::vector<std::string> &notes)
 {
-    ObjectReader reader(source, pointer,
-                        {"sensor", "instance", "task", "encoding", "sample-interval", "conditions", "filters",
-                         "filter-logic"});
+    ObjectReader reader(source, pointer, kTaskKeys);
     TaskConfig task;
     reader.Require("sensor");
     reader.Require("task");
@@ -193,18 +267,20 @@ TaskConfig ReadTask(const JsonSource &source, const std::string &pointer)
     }
     size_t conditions = reader.ArraySize("conditions", MDTLM_MAX_CONDITIONS, "conditions");
     for (size_t i = 0; i < conditions; ++i) {
-        task.conditions.push_back(ReadCondition(source, reader.At("conditions") + "/" + std::to_string(i)));
+        task.conditions.push_back(ReadCondition(source, reader.At("conditions") + "/" + std::to_string(i),
+                                                catalogue.For(*task.sensor), notes));
     }
     size_t filters = reader.ArraySize("filters", MDTLM_MAX_FILTERS, "filters");
     for (size_t i = 0; i < filters; ++i) {
-        task.filters.push_back(ReadFilter(source, reader.At("filters") + "/" + std::to_string(i)));
+        task.filters.push_back(
+            ReadFilter(source, reader.At("filters") + "/" + std::to_string(i), catalogue.For(*task.sensor), notes));
     }
     return task;
 }
 
 GeneratorConfig ReadGenerator(const JsonSource &source, const std::string &pointer)
 {
-    ObjectReader reader(source, pointer, {"rate", "seed"});
+    ObjectReader reader(source, pointer, kGeneratorKeys);
     GeneratorConfig generator;
     if (reader.Has("rate")) {
         const Json &rate = reader.Get("rate");
@@ -215,6 +291,13 @@ GeneratorConfig ReadGenerator(const JsonSource &source, const std::string &point
         generator.rate = rate.get<double>();
     }
     generator.seed = reader.Unsigned("seed", generator.seed, UINT64_MAX);
+    if (reader.Has("invalid-share")) {
+        const Json &share = reader.Get("invalid-share");
+        if (!share.is_number() || share.get<double>() < 0 || share.get<double>() > 1) {
+            source.Fail(reader.At("invalid-share"), "expected a share from 0 to 1, got " + share.dump());
+        }
+        generator.invalidShare = share.get<double>();
+    }
     return generator;
 }
 
@@ -256,9 +339,14 @@ const TaskConfig *SimConfig::FindTask(uint32_t instance, uint32_t task) const
     return nullptr;
 }
 
-SimConfig ReadConfig(const JsonSource &source)
+std::span<const ConfigSection> ConfigSections()
 {
-    ObjectReader reader(source, "", {"tasks", "generator"});
+    return kSections;
+}
+
+SimConfig ReadConfig(const JsonSource &source, const FieldCatalogue &catalogue)
+{
+    ObjectReader reader(source, "", kTopKeys);
     reader.Require("tasks");
     SimConfig config;
     if (reader.Has("generator")) {
@@ -271,7 +359,7 @@ SimConfig ReadConfig(const JsonSource &source)
     std::map<std::pair<uint32_t, uint32_t>, size_t> seen;
     for (size_t i = 0; i < count; ++i) {
         std::string pointer = "/tasks/" + std::to_string(i);
-        TaskConfig task = ReadTask(source, pointer);
+        TaskConfig task = ReadTask(source, pointer, catalogue, config.notes);
         auto [previous, fresh] = seen.emplace(std::make_pair(task.instance, task.task), i);
         if (!fresh) {
             source.Fail(pointer + "/task", "instance " + std::to_string(task.instance) + " task " +
@@ -284,9 +372,9 @@ SimConfig ReadConfig(const JsonSource &source)
     return config;
 }
 
-SimConfig LoadConfig(const std::string &path)
+SimConfig LoadConfig(const std::string &path, const FieldCatalogue &catalogue)
 {
-    return ReadConfig(tools::JsonSource::Load(path));
+    return ReadConfig(tools::JsonSource::Load(path), catalogue);
 }
 
 } // namespace mdtlm::sim

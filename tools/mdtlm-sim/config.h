@@ -3,7 +3,7 @@
  * framework would, and the settings of its built-in forwarding side.
  *
  * {
- *   "generator": {"rate": 20, "seed": 7},
+ *   "generator": {"rate": 20, "seed": 7, "invalid-share": 0},
  *   "tasks": [
  *     {"sensor": "flow", "instance": 1, "task": 10, "encoding": "json", "sample-interval": 5000,
  *      "conditions": [{"name": "direction", "value": "1"}],
@@ -16,6 +16,7 @@
 #define MDTLM_SIM_CONFIG_H
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -57,19 +58,40 @@ struct TaskConfig {
 struct GeneratorConfig {
     double rate = 5;   /* records per second per subscribed sensor */
     uint64_t seed = 1;
+    double invalidShare = 0; /* share of values drawn from the values the plug-in refuses or cannot encode */
 };
 
 struct SimConfig {
     std::vector<TaskConfig> tasks;
     GeneratorConfig generator;
+    /* "FILE:LINE: FIELD: note: ..." for values that were rewritten or behave unexpectedly. */
+    std::vector<std::string> notes;
 
     /* Samples name only instance and task; the pair is unique across sensors. */
     const TaskConfig *FindTask(uint32_t instance, uint32_t task) const;
 };
 
-/* Throws tools::InputError "FILE:LINE: FIELD: problem" for anything malformed. */
-SimConfig LoadConfig(const std::string &path);
-SimConfig ReadConfig(const tools::JsonSource &source);
+/* One key of the configuration file, as the reference documents it. */
+struct ConfigKey {
+    const char *key;
+    const char *value;
+    const char *meaning;
+};
+
+struct ConfigSection {
+    const char *title;
+    std::span<const ConfigKey> keys;
+};
+
+/* Every key the reader accepts, by object. */
+std::span<const ConfigSection> ConfigSections();
+
+class FieldCatalogue;
+
+/* Throws tools::InputError "FILE:LINE: FIELD: problem" for anything malformed,
+ * and for conditions and filters that the sensors in `catalogue` cannot test. */
+SimConfig LoadConfig(const std::string &path, const FieldCatalogue &catalogue);
+SimConfig ReadConfig(const tools::JsonSource &source, const FieldCatalogue &catalogue);
 
 } // namespace mdtlm::sim
 

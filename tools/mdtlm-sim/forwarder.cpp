@@ -47,6 +47,7 @@ void Forwarder::Stop()
     {
         std::lock_guard lock(mutex_);
         stop_ = true;
+        stopping_ = true;
     }
     wake_.notify_all();
     if (thread_.joinable()) {
@@ -107,7 +108,7 @@ bool Forwarder::Send(const std::vector<tools::StatsMessage> &messages, uint32_t 
 
 void Forwarder::RunGenerated()
 {
-    RecordGenerator generator(generator_.seed);
+    RecordGenerator generator(generator_.seed, generator_.invalidShare);
     const Clock::time_point start = Clock::now();
     std::vector<uint64_t> made(sensors_.size(), 0);
     while (WaitFor(kStep)) {
@@ -125,8 +126,9 @@ void Forwarder::RunGenerated()
                 }
             }
         }
-        /* Mostly one message per datagram, now and then a few back to back. */
-        for (size_t at = 0; at < due.size();) {
+        /* Mostly one message per datagram, now and then a few back to back. A
+         * flood sends many per step: a stop is honoured between datagrams. */
+        for (size_t at = 0; at < due.size() && !stopping_;) {
             size_t count = generator.Chance(kMultiMessageShare) ? generator.Between(2, kMaxPerDatagram) : 1;
             count = std::min(count, due.size() - at);
             std::vector<tools::StatsMessage> group(due.begin() + static_cast<long>(at),

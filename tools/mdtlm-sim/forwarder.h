@@ -65,6 +65,7 @@ private:
     std::mutex mutex_;
     std::condition_variable wake_;
     bool stop_ = false;
+    std::atomic<bool> stopping_{false}; /* stop_, readable without the lock */
     std::atomic<bool> finished_{false};
 
     mutable std::mutex countMutex_;

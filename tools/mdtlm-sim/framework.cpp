@@ -42,6 +42,14 @@ void Framework::SetLogFile(FILE *file)
     logFile_ = file;
 }
 
+void Framework::SetLogShown(LogLevel shown)
+{
+    std::lock_guard lock(logMutex_);
+    shown_[0] = shown == LogLevel::Notices || shown == LogLevel::All;
+    shown_[1] = shown == LogLevel::All;
+    shown_[2] = shown != LogLevel::None;
+}
+
 void Framework::SetSampleSink(SampleSink sink)
 {
     std::lock_guard lock(sinkMutex_);
@@ -137,7 +145,9 @@ uint32_t Framework::WriteLog(uint32_t moduleId, uint32_t level, const char *line
     if (std::strstr(text, kEncodeFailureText) != nullptr) {
         ++self.logs_.encodeFailures;
     }
-    std::fprintf(stderr, "plug-in %s: %s\n", levelName, text);
+    if (level >= 3 || self.shown_[level]) {
+        std::fprintf(stderr, "plug-in %s: %s\n", levelName, text);
+    }
     if (self.logFile_ != nullptr) {
         std::fprintf(self.logFile_, "%u %s %s\n", level, levelName, text);
         std::fflush(self.logFile_);

@@ -17,6 +17,7 @@
 #include <unordered_map>
 
 #include "mdtlm_types.h"
+#include "options.h"
 
 namespace mdtlm::sim {
 
@@ -46,8 +47,9 @@ public:
     /* The table handed to the host registry. */
     MDTLM_FRM_VTBL *Table() { return &table_; }
 
-    /* Log lines go to stderr (unless muted) and to `file` when given. */
+    /* Log lines of the levels `shown` selects go to stderr; every line goes to `file` when given. */
     void SetLogFile(FILE *file);
+    void SetLogShown(LogLevel shown);
     void SetSampleSink(SampleSink sink);
 
     /* The registration the plug-in made for a path, if any. */
@@ -83,6 +85,7 @@ private:
 
     mutable std::mutex logMutex_;
     FILE *logFile_ = nullptr;
+    bool shown_[3] = {true, false, true}; /* by level: notice, success, failure */
     LogCounts logs_;
     uint64_t foreignModuleCalls_ = 0;
 

@@ -15,7 +15,6 @@ using tools::FieldDesc;
 using tools::FieldKind;
 using tools::Pick;
 
-constexpr double kRareShare = 0.05;
 constexpr double kBigCounterShare = 0.3;
 constexpr uint64_t kSmallCounterLimit = uint64_t{1} << 20;
 constexpr uint64_t kBigCounterFloor = uint64_t{1} << 32;
@@ -34,7 +33,7 @@ uint64_t RecordGenerator::PickNumber(const tools::SensorDesc &sensor, const Fiel
     case Pick::Range:
         return Between(field.lo, field.hi);
     case Pick::Rare:
-        if (!field.values.empty() && Chance(kRareShare)) {
+        if (!field.values.empty() && invalidShare_ > 0 && Chance(invalidShare_)) {
             return field.values[Between(0, field.values.size() - 1)];
         }
         return Between(field.lo, field.hi);

@@ -1,8 +1,10 @@
 /*
  * Realistic statistics records for the built-in forwarding side, drawn from the
  * value plans of the sensor table: both address families, tunnels on and off,
- * every enumeration value (now and then one without a text), counters above
- * 2^32, running sequence numbers.
+ * every enumeration value, counters above 2^32, running sequence numbers.
+ * With an invalid share above 0, that share of the fields that have them get
+ * values the plug-in rejects or cannot encode (an enumeration value without a
+ * text, an address family that is neither IPv4 nor IPv6).
  */
 #ifndef MDTLM_SIM_RECORD_GENERATOR_H
 #define MDTLM_SIM_RECORD_GENERATOR_H
@@ -18,7 +20,7 @@ namespace mdtlm::sim {
 
 class RecordGenerator {
 public:
-    explicit RecordGenerator(uint64_t seed) : random_(seed) {}
+    RecordGenerator(uint64_t seed, double invalidShare) : random_(seed), invalidShare_(invalidShare) {}
 
     tools::StatsMessage Make(const tools::SensorDesc &sensor);
     /* True with probability `p`. */
@@ -29,6 +31,7 @@ private:
     uint64_t PickNumber(const tools::SensorDesc &sensor, const tools::FieldDesc &field);
 
     std::mt19937_64 random_;
+    double invalidShare_;
     std::map<uint32_t, uint32_t> sequence_; /* by sensor type */
 };
 

@@ -4,6 +4,8 @@
  */
 #include "sample_recorder.h"
 
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 #include <string>
 
@@ -24,6 +26,39 @@ std::string IsoTime(uint64_t milliseconds)
     return text;
 }
 
+std::string Base64(const uint8_t *data, size_t length)
+{
+    static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((length + 2) / 3 * 4);
+    for (size_t i = 0; i < length; i += 3) {
+        uint32_t group = uint32_t{data[i]} << 16;
+        group |= i + 1 < length ? uint32_t{data[i + 1]} << 8 : 0;
+        group |= i + 2 < length ? uint32_t{data[i + 2]} : 0;
+        out += kDigits[(group >> 18) & 63];
+        out += kDigits[(group >> 12) & 63];
+        out += i + 1 < length ? kDigits[(group >> 6) & 63] : '=';
+        out += i + 2 < length ? kDigits[group & 63] : '=';
+    }
+    return out;
+}
+
+/* Writes the data bytes to `path`; the reason when it could not. */
+std::string WriteBytes(const std::string &path, const uint8_t *data, size_t length)
+{
+    FILE *file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        return "cannot write " + path + ": " + std::strerror(errno);
+    }
+    bool written = std::fwrite(data, 1, length, file) == length;
+    int writeErrno = errno;
+    bool closed = std::fclose(file) == 0;
+    if (!written || !closed) {
+        return "cannot write " + path + ": " + std::strerror(written ? errno : writeErrno);
+    }
+    return "";
+}
+
 std::string TrimEnd(std::string text)
 {
     while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
@@ -35,10 +70,19 @@ std::string TrimEnd(std::string text)
 } // namespace
 
 SampleRecorder::SampleRecorder(const SimConfig &config, const SampleDecoder &decoder, bool print, bool compact,
-                               FILE *ndjson)
+                               FILE *ndjson, std::string rawDir)
     : config_(config), decoder_(decoder), print_(print), compact_(compact), ndjson_(ndjson),
-      tallies_(config.tasks.size())
+      rawDir_(std::move(rawDir)), tallies_(config.tasks.size())
 {
+}
+
+std::string SampleRecorder::RawFileName(uint64_t order, const char *sensor, uint32_t instance, uint32_t task,
+                                        const char *encoding)
+{
+    char name[128];
+    std::snprintf(name, sizeof name, "%06llu-%s-%u-%u.%s", static_cast<unsigned long long>(order), sensor, instance,
+                  task, encoding);
+    return name;
 }
 
 uint32_t SampleRecorder::OnSample(const MDTLM_SAMPLE_BUFFER &sample)
@@ -81,6 +125,20 @@ uint32_t SampleRecorder::OnSample(const MDTLM_SAMPLE_BUFFER &sample)
 
     std::string sensorName = task != nullptr ? task->sensor->shortName : "?";
     std::string encoding = task != nullptr ? task->EncodingName() : "?";
+    std::string rawFile;
+    if (!rawDir_.empty()) {
+        rawFile = RawFileName(totals_.samples, task != nullptr ? task->sensor->shortName : "unknown",
+                              sample.instanceId, sample.taskId, task != nullptr ? task->EncodingName() : "bin");
+        std::string problem = WriteBytes(rawDir_ + "/" + rawFile, sample.data, length);
+        if (!problem.empty()) {
+            ++totals_.rawWriteErrors;
+            if (lastRawProblem_.empty()) {
+                std::fprintf(stderr, "mdtlm-sim: %s\n", problem.c_str());
+            }
+            lastRawProblem_ = problem;
+            rawFile.clear();
+        }
+    }
     if (print_) {
         /* Compact output keeps the header and the sample on one line. */
         const char *separator = compact_ ? " " : "\n";
@@ -96,8 +154,11 @@ uint32_t SampleRecorder::OnSample(const MDTLM_SAMPLE_BUFFER &sample)
             {"instance", sample.instanceId}, {"task", sample.taskId},         {"sensor", sensorName},
             {"encoding", encoding},          {"timestamp", sample.collectTimestamp},
             {"report_end", sample.reportEnd}, {"items", sample.itemCnt},      {"data_len", sample.dataLen},
-            {"records", decoded.records},
+            {"records", decoded.records},     {"data", Base64(sample.data, length)},
         };
+        if (!rawFile.empty()) {
+            line["raw_file"] = rawFile;
+        }
         if (!decoded.problem.empty()) {
             line["problem"] = decoded.problem;
         }

@@ -1,6 +1,7 @@
 /*
  * What happens to each uploaded sample: it is matched to its task, decoded,
- * printed for a person, written as one JSON line, and counted.
+ * printed for a person, written as one JSON line (its data in base64) and,
+ * with a raw directory, as one file of its data bytes, and counted.
  */
 #ifndef MDTLM_SIM_SAMPLE_RECORDER_H
 #define MDTLM_SIM_SAMPLE_RECORDER_H
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "config.h"
@@ -28,12 +30,19 @@ struct SampleTotals {
     uint64_t items = 0;
     uint64_t undecodable = 0;
     uint64_t unknownTask = 0; /* samples naming no configured task */
+    uint64_t rawWriteErrors = 0;
 };
 
 class SampleRecorder {
 public:
-    /* `ndjson` may be null; `print` false keeps samples off stdout. */
-    SampleRecorder(const SimConfig &config, const SampleDecoder &decoder, bool print, bool compact, FILE *ndjson);
+    /* `ndjson` may be null; `print` false keeps samples off stdout; an empty
+     * `rawDir` writes no data files (the directory must exist). */
+    SampleRecorder(const SimConfig &config, const SampleDecoder &decoder, bool print, bool compact, FILE *ndjson,
+                   std::string rawDir);
+
+    /* "000017-flow-1-101.gpb": upload order (from 1), sensor, instance, task, encoding. */
+    static std::string RawFileName(uint64_t order, const char *sensor, uint32_t instance, uint32_t task,
+                                   const char *encoding);
 
     /* The framework's upload slot: runs on the plug-in's worker thread. Returns 0 (accepted). */
     uint32_t OnSample(const MDTLM_SAMPLE_BUFFER &sample);
@@ -48,6 +57,8 @@ private:
     bool print_;
     bool compact_;
     FILE *ndjson_;
+    std::string rawDir_;
+    std::string lastRawProblem_; /* reported once */
 
     mutable std::mutex mutex_;
     std::vector<TaskTally> tallies_;

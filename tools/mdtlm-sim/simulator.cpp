@@ -5,10 +5,13 @@
  * configured tasks added through the entries the plug-in registered.
  * Run: the forwarding side sends; every uploaded sample is shown; a status
  * line once a second.
- * Stop: the forwarding side stops; the simulator waits until the channel has
- * taken everything and a tick has drained the statistics queue, copies the
- * database aside, deletes every task through the registered delete entries,
- * unloads the plug-in, joins its threads, and accounts for every buffer.
+ * Stop (at the duration, when a script is delivered, or at Ctrl-C): the
+ * forwarding side stops; the simulator lets the plug-in's ticks drain the
+ * statistics queue for at most --drain seconds, showing how far they got (a
+ * second Ctrl-C cuts this short), copies the database aside, deletes every
+ * task through the registered delete entries, unloads the plug-in (which
+ * discards whatever is still queued), joins its threads, and accounts for
+ * every buffer.
  */
 #include "simulator.h"
 
@@ -18,7 +21,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <future>
 #include <set>
 #include <thread>
@@ -39,6 +44,13 @@ constexpr double kMessagesPerTick = 2000;
 constexpr auto kTickSettle = 600ms;
 constexpr auto kPoll = 20ms;
 constexpr auto kJoinLimit = 10s;
+/* Longest wait for the channel to take what was sent, within the drain. */
+constexpr double kChannelCatchUp = 3;
+
+std::string Plural(int64_t count, const char *one, const char *many)
+{
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
 
 /* Polls `done` until it holds or `limit` passes; true when it held. */
 template <typename Condition>
@@ -140,8 +152,19 @@ bool Simulator::OpenOutputs()
         std::fprintf(stderr, "mdtlm-sim: cannot write %s: %s\n", options_.logFile.c_str(), std::strerror(errno));
         return false;
     }
+    if (!options_.rawDir.empty()) {
+        std::error_code error;
+        std::filesystem::create_directories(options_.rawDir, error);
+        if (error) {
+            std::fprintf(stderr, "mdtlm-sim: cannot create the directory %s: %s\n", options_.rawDir.c_str(),
+                         error.message().c_str());
+            return false;
+        }
+    }
     framework_.SetLogFile(log_);
-    recorder_ = std::make_unique<SampleRecorder>(config_, decoder_, !options_.quiet, options_.compact, out_);
+    framework_.SetLogShown(options_.logLevel);
+    recorder_ = std::make_unique<SampleRecorder>(config_, decoder_, !options_.quiet, options_.compact, out_,
+                                                 options_.rawDir);
     framework_.SetSampleSink([this](const MDTLM_SAMPLE_BUFFER &sample) { return recorder_->OnSample(sample); });
     for (const std::string &warning : decoder_.Warnings()) {
         std::fprintf(stderr, "mdtlm-sim: warning: %s\n", warning.c_str());
@@ -269,6 +292,25 @@ bool Simulator::StartForwarding()
     return true;
 }
 
+bool Simulator::AwaitSignal(double seconds)
+{
+    long nanoseconds = static_cast<long>(std::max(seconds, 0.001) * 1e9);
+    timespec timeout{nanoseconds / 1000000000, nanoseconds % 1000000000};
+    int signal = sigtimedwait(&signals_, nullptr, &timeout);
+    if (signal <= 0) {
+        return false;
+    }
+    if (++interrupts_ == 1) {
+        std::fprintf(stderr,
+                     "\nmdtlm-sim: %s: stopping; the plug-in may drain its queue for up to %g s "
+                     "(%s again to skip that)\n",
+                     strsignal(signal), options_.drain, signal == SIGINT ? "Ctrl-C" : "the signal");
+    } else {
+        std::fprintf(stderr, "\nmdtlm-sim: %s again: skipping the drain\n", strsignal(signal));
+    }
+    return true;
+}
+
 void Simulator::RunUntilStopped()
 {
     bool untilDelivered = script_.has_value() && !options_.durationGiven;
@@ -277,6 +319,7 @@ void Simulator::RunUntilStopped()
     for (;;) {
         double now = Elapsed();
         if (timed && now >= options_.duration) {
+            std::fprintf(stderr, "mdtlm-sim: %g s reached, the forwarding side stops\n", options_.duration);
             return;
         }
         if (untilDelivered && forwarder_->Finished()) {
@@ -286,11 +329,7 @@ void Simulator::RunUntilStopped()
         if (untilDelivered) {
             until = std::min(until, now + 0.05);
         }
-        long nanoseconds = static_cast<long>(std::max(until - now, 0.001) * 1e9);
-        timespec timeout{nanoseconds / 1000000000, nanoseconds % 1000000000};
-        int signal = sigtimedwait(&signals_, nullptr, &timeout);
-        if (signal > 0) {
-            std::fprintf(stderr, "\nmdtlm-sim: %s, stopping\n", strsignal(signal));
+        if (AwaitSignal(until - now)) {
             return;
         }
         if (Elapsed() >= nextStatus) {
@@ -300,27 +339,60 @@ void Simulator::RunUntilStopped()
     }
 }
 
+bool Simulator::DrainUntil(const std::function<bool()> &done, double deadline)
+{
+    while (!done()) {
+        if (interrupts_ >= 2 || Elapsed() >= deadline) {
+            return false;
+        }
+        AwaitSignal(std::min(std::chrono::duration<double>(kPoll).count(), deadline - Elapsed()));
+    }
+    return true;
+}
+
 void Simulator::DrainTraffic()
 {
     forwarder_->Stop();
     SentCounts sent = forwarder_->Counts();
+    const double drainEnd = Elapsed() + options_.drain;
     /* Everything sent reaches the channel (or is counted as dropped by the kernel). */
-    WaitUntil(
+    DrainUntil(
         [&] {
             MDTLM_HOST_CHAN_COUNTERS channel{};
             return MDTLM_HOST_ChanCounters(nullptr, &channel) != 0 ||
                    channel.datagrams + channel.kernelDrops >= sent.datagrams;
         },
-        3000ms);
-    std::this_thread::sleep_for(100ms);
-    /* A tick drains the statistics queue, up to 2000 messages at a time. */
+        std::max(drainEnd, Elapsed() + std::min(options_.drain, kChannelCatchUp)));
+    /* Ticks drain the statistics queue, up to 2000 messages each. */
     int32_t queued = QueueFill(kStatsQueueName);
-    auto limit = std::chrono::milliseconds(3000 + static_cast<int64_t>(1000 * (queued > 0 ? queued : 0) /
-                                                                        kMessagesPerTick));
-    if (!WaitUntil([] { return QueueFill(kStatsQueueName) <= 0; }, limit)) {
-        std::fprintf(stderr, "mdtlm-sim: warning: %d messages still queued after %lld ms\n",
-                     QueueFill(kStatsQueueName), static_cast<long long>(limit.count()));
+    if (queued > 0 && interrupts_ < 2) {
+        double estimate = std::ceil(queued / kMessagesPerTick);
+        std::fprintf(stderr, "mdtlm-sim: draining %s, about %g s at %g per tick",
+                     Plural(queued, "queued message", "queued messages").c_str(), estimate, kMessagesPerTick);
+        if (estimate > options_.drain) {
+            std::fprintf(stderr, "; stopping after %g s", options_.drain);
+        }
+        std::fprintf(stderr, "\n");
+        double nextProgress = Elapsed() + 1;
+        DrainUntil(
+            [&] {
+                int32_t left = QueueFill(kStatsQueueName);
+                if (left > 0 && Elapsed() >= nextProgress) {
+                    std::fprintf(stderr, "mdtlm-sim: draining: %s\n",
+                                 Plural(left, "message still queued", "messages still queued").c_str());
+                    nextProgress += 1;
+                }
+                return left <= 0;
+            },
+            drainEnd);
     }
+    int32_t left = QueueFill(kStatsQueueName);
+    if (left > 0) {
+        std::fprintf(stderr, "mdtlm-sim: stopping with %s; unloading the plug-in discards %s\n",
+                     Plural(left, "message still queued", "messages still queued").c_str(),
+                     left == 1 ? "it" : "them");
+    }
+    /* Let the tick under way finish its uploads and database writes. */
     std::this_thread::sleep_for(kTickSettle);
     finalShortRefused_ = shortMessages_ != nullptr ? static_cast<int64_t>(shortMessages_()) : -1;
     finalChannelKnown_ = MDTLM_HOST_ChanCounters(nullptr, &finalChannel_) == 0;

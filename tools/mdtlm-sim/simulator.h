@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -51,6 +52,10 @@ private:
     void WaitForSubscriptions();
     bool StartForwarding();
     void RunUntilStopped();
+    /* Waits up to `seconds` for Ctrl-C or termination; true when one came (acknowledged at once). */
+    bool AwaitSignal(double seconds);
+    /* Polls `done` until it holds (true), the run time reaches `deadline` or a second signal came. */
+    bool DrainUntil(const std::function<bool()> &done, double deadline);
     void DrainTraffic();
     void DeleteTasks();
     bool UnloadPlugin();
@@ -74,6 +79,7 @@ private:
     UnloadFunc unload_ = nullptr;
     CounterFunc shortMessages_ = nullptr;
     bool initialised_ = false;
+    int interrupts_ = 0;
     uint16_t port_ = 0;
     std::unique_ptr<Forwarder> forwarder_;
     std::chrono::steady_clock::time_point start_;
