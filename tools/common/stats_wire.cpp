@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -47,6 +48,15 @@ StatsSender::StatsSender(uint16_t port) : port_(port)
     if (fd_ < 0) {
         throw std::runtime_error(std::string("cannot open a UDP socket: ") + std::strerror(errno));
     }
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port_);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(fd_, reinterpret_cast<const sockaddr *>(&to), sizeof to) != 0) {
+        std::string reason = std::strerror(errno);
+        close(fd_);
+        throw std::runtime_error("cannot address 127.0.0.1:" + std::to_string(port_) + ": " + reason);
+    }
 }
 
 StatsSender::~StatsSender()
@@ -58,13 +68,8 @@ StatsSender::~StatsSender()
 
 std::string StatsSender::Send(const std::vector<uint8_t> &datagram)
 {
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(port_);
-    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     for (int attempt = 0;; ++attempt) {
-        ssize_t sent = sendto(fd_, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr *>(&to),
-                              sizeof to);
+        ssize_t sent = send(fd_, datagram.data(), datagram.size(), 0);
         if (sent == static_cast<ssize_t>(datagram.size())) {
             return "";
         }
@@ -74,6 +79,20 @@ std::string StatsSender::Send(const std::vector<uint8_t> &datagram)
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+}
+
+std::string StatsSender::Check(int waitMs)
+{
+    pollfd ready{fd_, 0, 0}; /* errors are reported whatever is asked for */
+    if (poll(&ready, 1, waitMs) <= 0 || (ready.revents & POLLERR) == 0) {
+        return "";
+    }
+    int error = 0;
+    socklen_t length = sizeof error;
+    if (getsockopt(fd_, SOL_SOCKET, SO_ERROR, &error, &length) != 0 || error == 0) {
+        return "";
+    }
+    return std::strerror(error);
 }
 
 } // namespace mdtlm::tools

@@ -28,7 +28,8 @@ void AppendFrame(std::vector<uint8_t> &datagram, const StatsMessage &message);
  * starting a new datagram early when the next message would not fit. */
 std::vector<std::vector<uint8_t>> PackDatagrams(std::span<const StatsMessage> messages, uint32_t batch);
 
-/* A UDP socket that sends datagrams to 127.0.0.1:port. */
+/* A UDP socket connected to 127.0.0.1:port, so that the kernel reports a port
+ * where nothing listens (as "Connection refused" on a later send or Check). */
 class StatsSender {
 public:
     explicit StatsSender(uint16_t port); /* throws std::runtime_error */
@@ -39,6 +40,9 @@ public:
     /* Sends one datagram, retrying briefly while the socket buffer is full.
      * Returns an empty string, or why it could not be sent. */
     std::string Send(const std::vector<uint8_t> &datagram);
+    /* Waits up to `waitMs` for an error the kernel reports about datagrams
+     * already sent (such as an unreachable port). Returns it, or "". */
+    std::string Check(int waitMs);
 
 private:
     int fd_ = -1;

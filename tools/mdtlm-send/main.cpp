@@ -3,6 +3,7 @@
  * JSON file to the plug-in's statistics channel, in order, framed as the
  * channel expects, optionally several per datagram and several times over.
  */
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +24,13 @@ namespace {
 constexpr uint16_t kDefaultPort = 32090;
 /* Datagrams sent back to back before yielding, so the receiver keeps up. */
 constexpr uint32_t kBurst = 256;
+/* How long the kernel may take to report that nothing listens on the port. */
+constexpr int kRefusalWaitMs = 200;
+
+std::string Count(uint64_t count, const char *one, const char *many)
+{
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
 
 struct Options {
     std::string file;
@@ -37,6 +45,9 @@ void Usage(FILE *out)
                  "usage: mdtlm-send [--port N] [--repeat N] [--batch N] RECORDS.json\n"
                  "  RECORDS.json  array of records: {\"sensor\": NAME, FIELD: VALUE, ...}; fields not given are 0\n"
                  "                sensors: %s\n"
+                 "                an address text must agree with the record's address-family field;\n"
+                 "                a text holding \" or \\ is sent but warned about (it breaks JSON samples)\n"
+                 "  exit status   0 sent, 1 not delivered (e.g. nothing listens on the port), 2 bad input\n"
                  "  --port N      statistics channel port on 127.0.0.1 (default %u)\n"
                  "  --repeat N    send the whole list N times (default 1)\n"
                  "  --batch N     messages per datagram (default 1)\n"
@@ -81,9 +92,10 @@ int main(int argc, char **argv)
 {
     Options options;
     std::vector<StatsMessage> messages;
+    std::vector<std::string> warnings;
     try {
         options = ParseOptions(argc, argv);
-        messages = LoadRecordScript(options.file);
+        messages = LoadRecordScript(options.file, &warnings);
     } catch (const UsageError &e) {
         std::fprintf(stderr, "mdtlm-send: %s\n", e.what());
         Usage(stderr);
@@ -93,6 +105,9 @@ int main(int argc, char **argv)
         return 2;
     }
 
+    for (const std::string &warning : warnings) {
+        std::fprintf(stderr, "mdtlm-send: %s\n", warning.c_str());
+    }
     std::vector<std::vector<uint8_t>> datagrams = PackDatagrams(messages, options.batch);
     std::map<uint32_t, uint64_t> perSensor;
     for (const StatsMessage &message : messages) {
@@ -105,8 +120,9 @@ int main(int argc, char **argv)
             for (const std::vector<uint8_t> &datagram : datagrams) {
                 std::string problem = sender.Send(datagram);
                 if (!problem.empty()) {
-                    std::fprintf(stderr, "mdtlm-send: sending to 127.0.0.1:%u failed after %llu datagrams: %s\n",
-                                 options.port, static_cast<unsigned long long>(sent), problem.c_str());
+                    std::fprintf(stderr, "mdtlm-send: sending to 127.0.0.1:%u failed after %s: %s%s\n",
+                                 options.port, Count(sent, "datagram", "datagrams").c_str(), problem.c_str(),
+                                 errno == ECONNREFUSED ? " (nothing listens on that port)" : "");
                     return 1;
                 }
                 if (++sent % kBurst == 0) {
@@ -114,9 +130,15 @@ int main(int argc, char **argv)
                 }
             }
         }
-        std::fprintf(stderr, "mdtlm-send: %llu messages in %llu datagrams to 127.0.0.1:%u",
-                     static_cast<unsigned long long>(messages.size() * options.repeat),
-                     static_cast<unsigned long long>(sent), options.port);
+        std::string refused = sender.Check(kRefusalWaitMs);
+        if (!refused.empty()) {
+            std::fprintf(stderr, "mdtlm-send: 127.0.0.1:%u did not take the %s: %s (nothing listens on that port)\n",
+                         options.port, Count(sent, "datagram", "datagrams").c_str(), refused.c_str());
+            return 1;
+        }
+        std::fprintf(stderr, "mdtlm-send: %s in %s to 127.0.0.1:%u",
+                     Count(messages.size() * options.repeat, "message", "messages").c_str(),
+                     Count(sent, "datagram", "datagrams").c_str(), options.port);
         const char *separator = " (";
         for (const auto &[type, count] : perSensor) {
             std::fprintf(stderr, "%s%s %llu", separator, SensorByType(type)->shortName,

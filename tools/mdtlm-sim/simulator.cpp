@@ -239,8 +239,9 @@ bool Simulator::Subscribe()
         }
         MDTLM_SENSOR_PATH_INFO info = task.PathInfo();
         uint32_t result = registration->addFunc(task.instance, task.task, &info);
-        std::fprintf(stderr, "mdtlm-sim: task %s (%s, %zu conditions, %zu filters) added%s\n", task.Label().c_str(),
-                     task.EncodingName(), task.conditions.size(), task.filters.size(),
+        std::fprintf(stderr, "mdtlm-sim: task %s (%s, %s, %s) added%s\n", task.Label().c_str(), task.EncodingName(),
+                     Plural(static_cast<int64_t>(task.conditions.size()), "condition", "conditions").c_str(),
+                     Plural(static_cast<int64_t>(task.filters.size()), "filter", "filters").c_str(),
                      result == 0 ? "" : (" but the add entry returned " + std::to_string(result)).c_str());
     }
     return true;
