@@ -4,8 +4,12 @@
  */
 #include "sim_database.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -55,8 +59,20 @@ std::string SimDatabase::Create()
         std::error_code ignored;
         std::filesystem::remove(path_ + suffix, ignored);
     }
+    /* The host platform reports only that it failed: find the system's reason first. */
+    int fd = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        return "cannot create the object database " + path_ + ": " + std::strerror(errno);
+    }
+    close(fd);
     if (MDTLM_HOST_DbOpen(path_.c_str()) != 0) {
-        return "the host platform cannot create the object database " + path_;
+        std::string problem;
+        Connection db = Open(path_, problem);
+        if (problem.empty()) {
+            problem = Exec(db.get(), "CREATE TABLE mdtlm_sim_probe(x); DROP TABLE mdtlm_sim_probe;");
+        }
+        return "the host platform cannot set up the object database " + path_ + ": " +
+               (problem.empty() ? "its tables could not be created" : problem);
     }
     return "";
 }
