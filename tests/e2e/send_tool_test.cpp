@@ -1,6 +1,7 @@
 /*
- * mdtlm-send as the forwarding side: the bytes it puts on the wire; and how
- * both tools refuse malformed input files.
+ * mdtlm-send as the forwarding side: the bytes it puts on the wire, a port
+ * where nothing listens, address texts against the plug-in's family codes;
+ * and how both tools refuse malformed input files.
  */
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "mdtlm_vraldcn.h"
 #include "sim_runner.h"
 
 namespace {
@@ -169,6 +171,39 @@ const BadInput kBadInputs[] = {
      "in.json:2: generator.rate:", "records per second"},
     {"SimSyntaxError", true, "{\"tasks\": [\n {\"sensor\": \"flow\", \"task\": 1,}\n]}\n", "in.json:2:",
      "syntax error"},
+    /* Conditions and filters the sensor cannot test, and values that can never match. */
+    {"SimUnknownConditionName", true, "{\"tasks\": [\n {\"sensor\": \"flow\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"byte-count\", \"value\": \"5\"}]}]}\n",
+     "in.json:3: tasks[0].conditions[0].name:",
+     "sensor flow has no condition \"byte-count\" (its conditions: flow-id, direction); it is one of its filters"},
+    {"SimUnknownFilterName", true, "{\"tasks\": [\n {\"sensor\": \"io-flow\", \"task\": 1, \"filters\": [\n"
+     "  {\"name\": \"fct-max\", \"operator\": \"gt\", \"threshold\": 5}]}]}\n",
+     "in.json:3: tasks[0].filters[0].name:", "sensor io-flow has no filter \"fct-max\" (its filters: error-info, if-index,"},
+    {"SimIpv6OnIpv4OnlySensor", true, "{\"tasks\": [\n {\"sensor\": \"export-cache\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"source-ip\",\n   \"value\": \"2001:db8::1\"}]}]}\n",
+     "in.json:4: tasks[0].conditions[0].value:", "are IPv4 only: it can never match"},
+    {"SimIpv6FullFormTooLong", true, "{\"tasks\": [\n {\"sensor\": \"io-flow\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"destination-ip\", \"value\": \"ffff:ffff:ffff:ffff:ffff:ffff::ff\"}]}]}\n",
+     "in.json:3: tasks[0].conditions[0].value:",
+     "compared as \"ffff:ffff:ffff:ffff:ffff:ffff:0:ff\", 34 characters, and a condition value holds at most 33"},
+    {"SimNotAnAddress", true, "{\"tasks\": [\n {\"sensor\": \"io-throughput\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"source-ip\", \"value\": \"10.0.0.01\"}]}]}\n",
+     "in.json:3: tasks[0].conditions[0].value:", "\"10.0.0.01\" is not an IPv4 or IPv6 address"},
+    {"SimNumberNotDecimal", true, "{\"tasks\": [\n {\"sensor\": \"result\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"id\", \"value\": \"7a\"}]}]}\n",
+     "in.json:3: tasks[0].conditions[0].value:", "\"7a\" is not a decimal number"},
+    {"SimNumberAbove32Bits", true, "{\"tasks\": [\n {\"sensor\": \"flow\", \"task\": 1, \"conditions\": [\n"
+     "  {\"name\": \"direction\", \"value\": 4294967297}]}]}\n",
+     "in.json:3: tasks[0].conditions[0].value:", "compared as a 32-bit number"},
+    {"SimInvalidShareAboveOne", true, "{\"generator\": {\"invalid-share\": 1.5},\n \"tasks\": [{\"sensor\": \"flow\", \"task\": 1}]}",
+     "in.json:1: generator.invalid-share:", "expected a share from 0 to 1"},
+    /* An address text must agree with the record's address-family code. */
+    {"SendIpv6TextUnderIpv4Family", false, "[\n {\"sensor\": \"flow\", \"address-family\": 1,\n  \"source-ip\": \"2001:db8::1\"}]",
+     "in.json:3: [0].source-ip:", "is an IPv6 address, but address-family 1 (flow: 1 IPv4, 2 IPv6) does not say IPv6"},
+    {"SendIpv4TextUnderIpv6Family", false, "[\n {\"sensor\": \"io-throughput\", \"address-family\": 1,\n  \"destination-ip\": \"10.0.0.1\"}]",
+     "in.json:3: [0].destination-ip:", "is an IPv4 address, but address-family 1 (io-throughput: 0 IPv4, 1 IPv6) says IPv6"},
+    {"SendIpv6TextWithoutFamily", false, "[\n {\"sensor\": \"io-flow\", \"source-ip\": \"::1\"}]",
+     "in.json:2: [0].source-ip:", "address-family 0 (io-flow: 0 IPv4, 1 IPv6) does not say IPv6"},
     {"SendUnknownField", false, "[\n {\"sensor\": \"flow\",\n  \"flow-idd\": 1}]", "in.json:3: [0].flow-idd:",
      "unknown field of sensor flow"},
     {"SendTooWideForU16", false, "[{\"sensor\": \"flow\"},\n {\"sensor\": \"flow\", \"vlan\": 65536}]",
@@ -201,5 +236,79 @@ TEST_P(ToolRefuses, ExitTwoNamingFileLineAndFieldBeforeAnythingStarts)
 
 INSTANTIATE_TEST_SUITE_P(Table, ToolRefuses, testing::ValuesIn(kBadInputs),
                          [](const testing::TestParamInfo<BadInput> &info) { return std::string(info.param.name); });
+
+TEST(SendTool, NothingListeningOnThePortIsAFailureWithTheSystemsReason)
+{
+    ScratchDir dir;
+    std::string port;
+    {
+        Receiver closed; /* a port that was free a moment ago and is free again */
+        port = closed.Port();
+    }
+    dir.Write("one.json", R"([{"sensor": "result", "id": 1}])");
+    SimRun run = ToolProcess(dir, "mdtlm-send", {"--port", port, "one.json"}).Wait(30);
+    EXPECT_EQ(run.exitCode, 1) << run.err;
+    EXPECT_NE(run.err.find("127.0.0.1:" + port + " did not take the 1 datagram: Connection refused (nothing listens "
+                           "on that port)"),
+              std::string::npos)
+        << run.err;
+    EXPECT_EQ(run.err.find(" message in "), std::string::npos) << run.err;
+}
+
+TEST(SendTool, CountsAgreeInNumberAndATextThatBreaksJsonSamplesIsSentWithAWarning)
+{
+    ScratchDir dir;
+    Receiver receiver;
+    dir.Write("one.json", "[\n {\"sensor\": \"result\",\n  \"warn-info\": \"say \\\"hi\\\"\"}]");
+    SimRun run = ToolProcess(dir, "mdtlm-send", {"--port", receiver.Port(), "one.json"}).Wait(30);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.err.find("mdtlm-send: one.json:3: [0].warn-info: warning: the text holds \" or \\; the plug-in "
+                           "inserts record texts into JSON samples unescaped"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("mdtlm-send: 1 message in 1 datagram to 127.0.0.1:" + receiver.Port() + " (result 1)\n"),
+              std::string::npos)
+        << run.err;
+    std::optional<Bytes> datagram = receiver.Next();
+    ASSERT_TRUE(datagram.has_value());
+    std::vector<Frame> frames = Frames(*datagram);
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(std::string(frames[0].body.begin() + 116, frames[0].body.begin() + 124), "say \"hi\"");
+}
+
+/* For every sensor whose records carry an address family, the codes the
+ * plug-in reads decide which address texts mdtlm-send accepts. */
+TEST(SendTool, AddressTextsMustMatchThePluginsFamilyCodes)
+{
+    for (const MDTLM_FIELD_CATALOGUE_ENTRY &row : g_mdtlmFieldCatalogue) {
+        if (row.familyIpv4 == MDTLM_NO_ADDRESS_FAMILY) {
+            continue;
+        }
+        SCOPED_TRACE("sensor type " + std::to_string(row.sensorType));
+        const std::string codes =
+            ": " + std::to_string(row.familyIpv4) + " IPv4, " + std::to_string(row.familyIpv6) + " IPv6)";
+        struct Case {
+            uint32_t family;
+            const char *address;
+            bool accepted;
+        } cases[] = {
+            {row.familyIpv6, "2001:db8::1", true},
+            {row.familyIpv4, "10.0.0.1", true},
+            {row.familyIpv4, "2001:db8::1", false},
+            {row.familyIpv6, "10.0.0.1", false},
+        };
+        for (const Case &item : cases) {
+            ScratchDir dir;
+            Receiver receiver;
+            dir.Write("one.json", "[{\"sensor\": \"" + std::to_string(row.sensorType) + "\", \"address-family\": " +
+                                      std::to_string(item.family) + ", \"source-ip\": \"" + item.address + "\"}]");
+            SimRun run = ToolProcess(dir, "mdtlm-send", {"--port", receiver.Port(), "one.json"}).Wait(30);
+            SCOPED_TRACE(std::string(item.address) + " under " + std::to_string(item.family) + "\n" + run.err);
+            EXPECT_EQ(run.exitCode, item.accepted ? 0 : 2);
+            EXPECT_EQ(receiver.Next(item.accepted ? 2000 : 100).has_value(), item.accepted);
+            EXPECT_EQ(run.err.find(codes) != std::string::npos, !item.accepted);
+        }
+    }
+}
 
 } // namespace

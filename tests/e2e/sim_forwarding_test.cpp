@@ -80,7 +80,8 @@ TEST(SendTool, BatchedRecordsArriveInOrderAndAnInterruptStopsCleanly)
         {"sensor": "flow", "timestamp-nanosecond": 1, "address-family": 1, "cast-type": 1},
         {"sensor": "export-cache", "seed": 301, "protocol-id": 6, "recovery-mode": 2, "op-mode": 1},
         {"sensor": "flow", "timestamp-nanosecond": 2, "address-family": 1, "cast-type": 1}])");
-    ToolProcess sim(dir, "mdtlm-sim", PluginArgs("tasks.json"));
+    /* Every plug-in line is shown, the task deletions' success lines included. */
+    ToolProcess sim(dir, "mdtlm-sim", PluginArgs("tasks.json", {"--log-level", "all"}));
     ASSERT_TRUE(sim.WaitForErr("generating 0 records per second", 30)) << sim.ErrSoFar();
     std::smatch port;
     std::string err = sim.ErrSoFar();

@@ -208,6 +208,7 @@ ConditionValueCheck CheckAddress(const SensorFields &fields, const TestableField
                         std::string(fields.sensor->shortName) + " are IPv4 only: it can never match";
         return check;
     }
+    /* Expanding can lengthen a value that fits the block past its room. */
     std::string full = Ipv6FullForm(ipv6);
     if (full.size() > kConditionValueMax) {
         check.problem = "\"" + value + "\" is compared as \"" + full + "\", " + std::to_string(full.size()) +
