@@ -165,6 +165,23 @@ private:
     const Json *object_ = nullptr;
 };
 
+/* The condition or filter `name` of the task's sensor; a name the sensor does
+ * not have is refused with the names it has. */
+const TestableField &KnownField(const JsonSource &source, const std::string &pointer, const SensorFields &fields,
+                                bool filter, const std::string &name)
+{
+    const TestableField *field = filter ? fields.Filter(name) : fields.Condition(name);
+    if (field == nullptr) {
+        const char *kind = filter ? "filter" : "condition";
+        const char *other = filter ? "conditions" : "filters";
+        bool isOther = (filter ? fields.Condition(name) : fields.Filter(name)) != nullptr;
+        source.Fail(pointer, "sensor " + std::string(fields.sensor->shortName) + " has no " + kind + " \"" + name +
+                                 "\" (its " + kind + "s: " + (filter ? fields.FilterNames() : fields.ConditionNames()) +
+                                 ")" + (isOther ? std::string("; it is one of its ") + other : ""));
+    }
+    return *field;
+}
+
 ConditionConfig ReadCondition(const JsonSource &source, const std::string &pointer, const SensorFields &fields,
                               std::vector<std::string> &notes)
 {
@@ -182,14 +199,8 @@ ConditionConfig ReadCondition(const JsonSource &source, const std::string &point
     } else {
         condition.value = reader.Text("value", kConditionValueMax);
     }
-    const TestableField *field = fields.Condition(condition.name);
-    if (field == nullptr) {
-        source.Fail(reader.At("name"), "sensor " + std::string(fields.sensor->shortName) + " has no condition \"" +
-                                           condition.name + "\" (its conditions: " + fields.ConditionNames() + ")" +
-                                           (fields.Filter(condition.name) != nullptr ? "; it is one of its filters"
-                                                                                     : ""));
-    }
-    ConditionValueCheck check = CheckConditionValue(fields, *field, condition.value);
+    const TestableField &field = KnownField(source, reader.At("name"), fields, false, condition.name);
+    ConditionValueCheck check = CheckConditionValue(fields, field, condition.value);
     if (!check.problem.empty()) {
         source.Fail(reader.At("value"), check.problem);
     }
@@ -221,14 +232,8 @@ FilterConfig ReadFilter(const JsonSource &source, const std::string &pointer, co
         source.Fail(reader.At("operator"), "unknown operator \"" + op + "\" (expected eq, gt, ge, lt or le)");
     }
     filter.threshold = reader.Unsigned("threshold", 0, UINT64_MAX);
-    const TestableField *field = fields.Filter(filter.name);
-    if (field == nullptr) {
-        source.Fail(reader.At("name"), "sensor " + std::string(fields.sensor->shortName) + " has no filter \"" +
-                                           filter.name + "\" (its filters: " + fields.FilterNames() + ")" +
-                                           (fields.Condition(filter.name) != nullptr ? "; it is one of its conditions"
-                                                                                     : ""));
-    }
-    std::string note = FilterNote(*field, filter.threshold);
+    const TestableField &field = KnownField(source, reader.At("name"), fields, true, filter.name);
+    std::string note = FilterNote(field, filter.threshold);
     if (!note.empty()) {
         notes.push_back(source.Where(reader.At("threshold")) + "note: " + note);
     }

@@ -122,6 +122,19 @@ std::string Code(const std::string &text)
     return "`" + text + "`";
 }
 
+/* One row per field: its name and what `text` of its form says. */
+std::string FieldTable(const std::vector<TestableField> &fields, const char *heading, const char *FormText::*text)
+{
+    if (fields.empty()) {
+        return "none\n";
+    }
+    std::vector<std::vector<std::string>> rows = {{"name", heading}};
+    for (const TestableField &field : fields) {
+        rows.push_back({Code(field.name), Form(field.form).*text});
+    }
+    return Table(rows);
+}
+
 std::string SensorSection(const SensorFields &fields)
 {
     const tools::SensorDesc &sensor = *fields.sensor;
@@ -133,26 +146,10 @@ std::string SensorSection(const SensorFields &fields)
                std::to_string(fields.familyIpv4) + " IPv4, " + std::to_string(fields.familyIpv6) +
                " IPv6; any other code makes the record's addresses unreadable (it is not encoded).\n";
     }
-    out += "\nConditions (each must hold; equality with the value):\n\n";
-    if (fields.conditions.empty()) {
-        out += "none\n";
-    } else {
-        std::vector<std::vector<std::string>> rows = {{"name", "value"}};
-        for (const TestableField &field : fields.conditions) {
-            rows.push_back({Code(field.name), Form(field.form).condition});
-        }
-        out += Table(rows);
-    }
-    out += "\nFilters (operator eq, gt, ge, lt or le against a whole-number threshold):\n\n";
-    if (fields.filters.empty()) {
-        out += "none\n";
-    } else {
-        std::vector<std::vector<std::string>> rows = {{"name", "compared"}};
-        for (const TestableField &field : fields.filters) {
-            rows.push_back({Code(field.name), Form(field.form).filter});
-        }
-        out += Table(rows);
-    }
+    out += "\nConditions (each must hold; equality with the value):\n\n" +
+           FieldTable(fields.conditions, "value", &FormText::condition);
+    out += "\nFilters (operator eq, gt, ge, lt or le against a whole-number threshold):\n\n" +
+           FieldTable(fields.filters, "compared", &FormText::filter);
     return out;
 }
 
