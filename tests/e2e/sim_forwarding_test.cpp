@@ -37,14 +37,24 @@ TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NE(run.err.find("mdtlm-sim: clean stop"), std::string::npos) << run.err;
 
-    /* Summary rows: sent and offered agree for every task (nothing lost on the way in). */
+    /* Summary rows: sent and offered agree for every task (nothing lost on the way in); without an
+     * invalid share every record is valid, so all accepted are uploaded and nothing fails to encode. */
     std::regex row(R"(\n(\S+) \d+/(\d+)\s+(gpb|json)\s+(\d+)\s+(\d+)\s+(\d+)\s+(\d+))");
     int rows = 0;
     for (std::sregex_iterator it(run.err.begin(), run.err.end(), row), end; it != end; ++it, ++rows) {
         EXPECT_EQ((*it)[4].str(), (*it)[5].str()) << "task " << (*it)[2] << ": sent vs offered\n" << run.err;
+        EXPECT_EQ((*it)[6].str(), (*it)[7].str()) << "task " << (*it)[2] << ": accepted vs uploaded\n" << run.err;
         EXPECT_GT(std::stoull((*it)[4].str()), 40u) << "task " << (*it)[2];
     }
     EXPECT_EQ(rows, 12) << run.err;
+    EXPECT_NE(run.err.find("encode failures logged: 0\n"), std::string::npos) << run.err;
+    std::regex failureLine(R"(plug-in failure: [^\n]*)");
+    std::vector<std::string> failureLines;
+    for (std::sregex_iterator it(run.err.begin(), run.err.end(), failureLine), end; it != end; ++it) {
+        failureLines.push_back(it->str());
+    }
+    ASSERT_EQ(failureLines.size(), 1u) << run.err;
+    EXPECT_NE(failureLines[0].find("No C2H func"), std::string::npos) << "hot-patch start-up line expected";
 
     std::vector<Json> lines = ReadSamples(dir.File("samples.ndjson"));
     std::set<uint32_t> tasksSeen;
@@ -68,6 +78,21 @@ TEST(SimGenerator, TrafficOfEverySensorIsOfferedToEveryTaskAndDecoded)
     EXPECT_EQ(families, (std::set<uint64_t>{0, 1}));
     EXPECT_TRUE(tunnelModes.count(1) && (tunnelModes.count(3) || tunnelModes.count(4)));
     EXPECT_GT(largest, uint64_t{1} << 32);
+}
+
+TEST(SimGenerator, InvalidRecordsComeOnlyWithAnInvalidShare)
+{
+    ScratchDir dir;
+    dir.Write("gen.json", R"({"generator": {"rate": 50, "seed": 4, "invalid-share": 0.5}, "tasks": [
+        {"sensor": "flow", "task": 1, "encoding": "gpb"}, {"sensor": "flow", "task": 2, "encoding": "json"}]})");
+    SimRun run =
+        ToolProcess(dir, "mdtlm-sim", PluginArgs("gen.json", {"--duration", "2", "--log-level", "failures"})).Wait(90);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    std::smatch failures;
+    ASSERT_TRUE(std::regex_search(run.err, failures, std::regex(R"(encode failures logged: (\d+)\n)"))) << run.err;
+    EXPECT_GT(std::stoull(failures[1]), 0u);
+    EXPECT_NE(run.err.find("Stats data encode failed"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("accepted but not uploaded"), std::string::npos) << run.err;
 }
 
 TEST(SendTool, BatchedRecordsArriveInOrderAndAnInterruptStopsCleanly)
