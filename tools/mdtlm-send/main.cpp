@@ -47,11 +47,14 @@ void Usage(FILE *out)
                  "                sensors: %s\n"
                  "                an address text must agree with the record's address-family field;\n"
                  "                a text holding \" or \\ is sent but warned about (it breaks JSON samples)\n"
-                 "  exit status   0 sent, 1 not delivered (e.g. nothing listens on the port), 2 bad input\n"
+
                  "  --port N      statistics channel port on 127.0.0.1 (default %u)\n"
                  "  --repeat N    send the whole list N times (default 1)\n"
                  "  --batch N     messages per datagram (default 1)\n"
                  "  --version     print the version and exit\n"
+                 "  --help        print this text and exit\n"
+                 "exit status: 0 sent, 1 not delivered (nothing listens on the port, or a send failed),\n"
+                 "  2 bad command line or records file\n"
                  "example: mdtlm-send examples/records.json\n",
                  SensorNameList().c_str(), kDefaultPort);
 }

@@ -78,7 +78,10 @@ void PrintUsage(FILE *out)
                  "  --compact            one line per printed sample\n"
                  "  --quiet              print no samples\n"
                  "  --module-id N        module id handed to the plug-in (default %u)\n"
-                 "  --version            print the version and exit\n",
+                 "  --version            print the version and exit\n"
+                 "  --help               print this text and exit\n"
+                 "exit status: 0 clean stop, 1 the run could not start or did not stop cleanly,\n"
+                 "  2 bad command line or input file\n",
                  Options{}.moduleId);
 }
 
