@@ -76,18 +76,18 @@ TEST(SimStop, AFloodEndsWithinDurationPlusDrainAndEveryAcceptedRecordIsUploaded)
     /* Start-up, 2 s of traffic, 1 s of drain, task deletion and unload. */
     EXPECT_LT(took, 2 + 1 + 8.0) << run.err;
 
+    /* The backlog, what a tick takes, and when the simulator gives up; then what is left. */
+    const std::string backlog = R"((\d+) queued messages(?: and (\d+) datagrams? not yet received)?)";
     std::smatch match;
-    ASSERT_TRUE(std::regex_search(run.err, match,
-                                  std::regex(R"(draining (\d+) queued messages, about (\d+) s at 2000 per tick; )"
-                                             R"(stopping after 1 s\n)")))
+    ASSERT_TRUE(std::regex_search(
+        run.err, match, std::regex("draining " + backlog + R"(, about (\d+) s at 2000 per tick; stopping after 1 s\n)")))
         << run.err;
-    const uint64_t queued = std::stoull(match[1]);
-    EXPECT_EQ(std::stoull(match[2]), (queued + 1999) / 2000);
+    const uint64_t queued = std::stoull(match[1]) + (match[2].matched ? std::stoull(match[2]) : 0);
+    EXPECT_EQ(std::stoull(match[3]), (queued + 1999) / 2000);
     ASSERT_TRUE(std::regex_search(run.err, match,
-                                  std::regex(R"(stopping with (\d+) messages still queued; unloading the plug-in )"
-                                             R"(discards them\n)")))
+                                  std::regex("stopping with " + backlog + "; unloading the plug-in discards them\n")))
         << run.err;
-    EXPECT_LT(std::stoull(match[1]), queued);
+    EXPECT_LE(std::stoull(match[1]), queued);
 
     for (const auto &[label, encoding] : {std::pair{"flow 1/1", "gpb"}, std::pair{"result 1/2", "json"}}) {
         std::vector<uint64_t> row = TaskRow(run.err, label, encoding);
@@ -115,7 +115,8 @@ TEST(SimStop, CtrlCIsAcknowledgedAtOnceAndASecondOneSkipsTheDrain)
                                5))
         << sim.ErrSoFar();
     EXPECT_LT(SecondsSince(first), 1.0);
-    ASSERT_TRUE(sim.WaitForErr("; stopping after 60 s\n", 10)) << sim.ErrSoFar();
+    /* Two seconds of flood leave tens of seconds of work queued. */
+    ASSERT_TRUE(sim.WaitForErr(" at 2000 per tick", 10)) << sim.ErrSoFar();
 
     sim.Signal(SIGINT);
     Clock::time_point second = Clock::now();
@@ -124,8 +125,7 @@ TEST(SimStop, CtrlCIsAcknowledgedAtOnceAndASecondOneSkipsTheDrain)
     SimRun run = sim.Wait(60);
     EXPECT_LT(SecondsSince(second), 15.0) << run.err;
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_NE(run.err.find("messages still queued; unloading the plug-in discards them"), std::string::npos)
-        << run.err;
+    EXPECT_NE(run.err.find("; unloading the plug-in discards them"), std::string::npos) << run.err;
     EXPECT_NE(run.err.find("mdtlm-sim: clean stop"), std::string::npos) << run.err;
 }
 

@@ -18,8 +18,10 @@
 namespace mdtlm::sim {
 namespace {
 
-constexpr const char *kTables[] = {"fem_mdtlm_stat", "vraldcn_mdtlm_report_perf"};
+constexpr const char *kTaskStatTable = "fem_mdtlm_stat";
+constexpr const char *kReportPerfTable = "vraldcn_mdtlm_report_perf";
 constexpr const char *kCopyPrefix = "sim_at_stop_";
+constexpr const char *kKeepTrigger = "sim_keep_deleted_task_stats";
 constexpr int kBusyTimeoutMs = 5000;
 
 struct Closer {
@@ -89,20 +91,35 @@ std::string SimDatabase::Snapshot()
     if (!db) {
         return problem;
     }
-    for (const char *table : kTables) {
-        std::string copy = std::string(kCopyPrefix) + table;
-        problem = Exec(db.get(), "DROP TABLE IF EXISTS " + copy + "; CREATE TABLE " + copy + " AS SELECT * FROM " +
-                                     table);
-        if (!problem.empty()) {
-            return problem;
-        }
-    }
-    snapshotTaken_ = true;
+    /* Report-performance rows as they stand now; each task's statistics row as
+     * it stands when the plug-in deletes it, which is after the last tick that
+     * counted and uploaded for the task: the row then agrees with the uploads. */
+    const std::string perfCopy = std::string(kCopyPrefix) + kReportPerfTable;
+    const std::string statCopy = std::string(kCopyPrefix) + kTaskStatTable;
+    problem = Exec(db.get(), "DROP TABLE IF EXISTS " + perfCopy + "; CREATE TABLE " + perfCopy +
+                                 " AS SELECT * FROM " + kReportPerfTable + "; DROP TABLE IF EXISTS " + statCopy +
+                                 "; CREATE TABLE " + statCopy + " AS SELECT * FROM " + kTaskStatTable +
+                                 " WHERE 0; DROP TRIGGER IF EXISTS " + kKeepTrigger + "; CREATE TRIGGER " + kKeepTrigger + " BEFORE DELETE ON " +
+                                 kTaskStatTable + " BEGIN INSERT INTO " + statCopy + " SELECT * FROM " +
+                                 kTaskStatTable + " WHERE rowid = OLD.rowid; END;");
+    snapshotTaken_ = problem.empty();
+    return problem;
+}
 
+std::string SimDatabase::ReadTaskStats()
+{
+    std::string problem;
+    Connection db = Open(path_, problem);
+    if (!db) {
+        return problem;
+    }
     sqlite3_stmt *raw = nullptr;
-    const char *sql = "SELECT task_id, sensor_type, recv_msg_count, match_item_count, upload_ok_count, "
-                      "upload_fail_count FROM fem_mdtlm_stat ORDER BY task_id";
-    if (sqlite3_prepare_v2(db.get(), sql, -1, &raw, nullptr) != SQLITE_OK) {
+    const std::string sql = std::string("SELECT task_id, sensor_type, recv_msg_count, match_item_count, "
+                                        "upload_ok_count, upload_fail_count FROM ") +
+                            kCopyPrefix + kTaskStatTable + " UNION ALL SELECT task_id, sensor_type, recv_msg_count, "
+                            "match_item_count, upload_ok_count, upload_fail_count FROM " + kTaskStatTable +
+                            " ORDER BY task_id";
+    if (sqlite3_prepare_v2(db.get(), sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
         return std::string("cannot read the task statistics: ") + sqlite3_errmsg(db.get());
     }
     std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> statement(raw, sqlite3_finalize);
@@ -116,15 +133,6 @@ std::string SimDatabase::Snapshot()
         row.uploadOkCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 4));
         row.uploadFailCount = static_cast<uint64_t>(sqlite3_column_int64(raw, 5));
         taskStats_.push_back(row);
-    }
-    statement.reset();
-    sqlite3_stmt *count = nullptr;
-    if (sqlite3_prepare_v2(db.get(), "SELECT count(*) FROM vraldcn_mdtlm_report_perf", -1, &count, nullptr) ==
-        SQLITE_OK) {
-        if (sqlite3_step(count) == SQLITE_ROW) {
-            reportPerfRows_ = static_cast<uint64_t>(sqlite3_column_int64(count, 0));
-        }
-        sqlite3_finalize(count);
     }
     return "";
 }
@@ -140,14 +148,13 @@ std::string SimDatabase::Restore()
     if (!db) {
         return problem;
     }
-    std::string sql = "BEGIN;";
-    for (const char *table : kTables) {
-        std::string copy = std::string(kCopyPrefix) + table;
-        sql += std::string(" DELETE FROM ") + table + "; INSERT INTO " + table + " SELECT * FROM " + copy +
-               "; DROP TABLE " + copy + ";";
-    }
-    sql += " COMMIT;";
-    return Exec(db.get(), sql);
+    /* Rows the plug-in deleted come back; rows it never deleted stay. */
+    const std::string perfCopy = std::string(kCopyPrefix) + kReportPerfTable;
+    const std::string statCopy = std::string(kCopyPrefix) + kTaskStatTable;
+    return Exec(db.get(), std::string("BEGIN; DROP TRIGGER IF EXISTS ") + kKeepTrigger + "; DELETE FROM " +
+                              kReportPerfTable + "; INSERT INTO " + kReportPerfTable + " SELECT * FROM " + perfCopy +
+                              "; DROP TABLE " + perfCopy + "; INSERT INTO " + kTaskStatTable + " SELECT * FROM " +
+                              statCopy + "; DROP TABLE " + statCopy + "; COMMIT;");
 }
 
 } // namespace mdtlm::sim

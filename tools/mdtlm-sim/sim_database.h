@@ -2,9 +2,10 @@
  * The object database of the simulated device: a SQLite file that the host
  * platform writes for the plug-in. Deleting a task removes its statistics row
  * and emptying a sensor's task list empties the report-performance table, so
- * the simulator copies both tables aside before it deletes the tasks at stop
- * and puts the copies back once the plug-in is gone: after a run the file
- * shows the rows as they stood at the end of the traffic.
+ * at stop the simulator copies the report-performance rows aside before it
+ * deletes the tasks, keeps each statistics row as it stood when the plug-in
+ * deleted it (after the task's last tick, so it agrees with the uploads), and
+ * puts both back once the plug-in is gone.
  */
 #ifndef MDTLM_SIM_SIM_DATABASE_H
 #define MDTLM_SIM_SIM_DATABASE_H
@@ -33,17 +34,18 @@ public:
     std::string Create();
     /* Rows of the task statistics table now. */
     int64_t TaskStatCount() const;
-    /* Copies both tables aside and reads the task statistics. Returns a problem or "". */
+    /* Before the tasks are deleted: copies the report-performance rows aside
+     * and starts keeping the statistics rows the plug-in deletes. Returns a problem or "". */
     std::string Snapshot();
+    /* After the deletes: the statistics rows kept and those never deleted. Returns a problem or "". */
+    std::string ReadTaskStats();
     const std::vector<TaskStatRow> &TaskStats() const { return taskStats_; }
-    uint64_t ReportPerfRows() const { return reportPerfRows_; }
     /* Closes the platform's connection and puts the copies back. Returns a problem or "". */
     std::string Restore();
 
 private:
     std::string path_;
     std::vector<TaskStatRow> taskStats_;
-    uint64_t reportPerfRows_ = 0;
     bool snapshotTaken_ = false;
 };
 

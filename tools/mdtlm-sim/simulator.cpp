@@ -44,8 +44,6 @@ constexpr double kMessagesPerTick = 2000;
 constexpr auto kTickSettle = 600ms;
 constexpr auto kPoll = 20ms;
 constexpr auto kJoinLimit = 10s;
-/* Longest wait for the channel to take what was sent, within the drain. */
-constexpr double kChannelCatchUp = 3;
 
 std::string Plural(int64_t count, const char *one, const char *many)
 {
@@ -354,22 +352,32 @@ bool Simulator::DrainUntil(const std::function<bool()> &done, double deadline)
 void Simulator::DrainTraffic()
 {
     forwarder_->Stop();
-    SentCounts sent = forwarder_->Counts();
+    const uint64_t sentDatagrams = forwarder_->Counts().datagrams;
     const double drainEnd = Elapsed() + options_.drain;
-    /* Everything sent reaches the channel (or is counted as dropped by the kernel). */
-    DrainUntil(
-        [&] {
-            MDTLM_HOST_CHAN_COUNTERS channel{};
-            return MDTLM_HOST_ChanCounters(nullptr, &channel) != 0 ||
-                   channel.datagrams + channel.kernelDrops >= sent.datagrams;
-        },
-        std::max(drainEnd, Elapsed() + std::min(options_.drain, kChannelCatchUp)));
-    /* Ticks drain the statistics queue, up to 2000 messages each. */
+    /* Datagrams sent but not yet taken by the channel (nor dropped by the
+     * kernel), and messages waiting in the statistics queue. */
+    auto unreceived = [&]() -> int64_t {
+        MDTLM_HOST_CHAN_COUNTERS channel{};
+        if (MDTLM_HOST_ChanCounters(nullptr, &channel) != 0) {
+            return 0;
+        }
+        uint64_t taken = channel.datagrams + channel.kernelDrops;
+        return taken >= sentDatagrams ? 0 : static_cast<int64_t>(sentDatagrams - taken);
+    };
+    auto backlog = [&](int64_t datagrams, int32_t queued) {
+        std::string text = Plural(queued > 0 ? queued : 0, "queued message", "queued messages");
+        if (datagrams > 0) {
+            text += " and " + Plural(datagrams, "datagram", "datagrams") + " not yet received";
+        }
+        return text;
+    };
+    int64_t datagrams = unreceived();
     int32_t queued = QueueFill(kStatsQueueName);
-    if (queued > 0 && interrupts_ < 2) {
-        double estimate = std::ceil(queued / kMessagesPerTick);
-        std::fprintf(stderr, "mdtlm-sim: draining %s, about %g s at %g per tick",
-                     Plural(queued, "queued message", "queued messages").c_str(), estimate, kMessagesPerTick);
+    if ((queued > 0 || datagrams > 0) && interrupts_ < 2) {
+        /* Ticks take up to 2000 messages each, one tick a second. */
+        double estimate = std::ceil((std::max(queued, 0) + static_cast<double>(datagrams)) / kMessagesPerTick);
+        std::fprintf(stderr, "mdtlm-sim: draining %s, about %g s at %g per tick", backlog(datagrams, queued).c_str(),
+                     estimate, kMessagesPerTick);
         if (estimate > options_.drain) {
             std::fprintf(stderr, "; stopping after %g s", options_.drain);
         }
@@ -377,21 +385,22 @@ void Simulator::DrainTraffic()
         double nextProgress = Elapsed() + 1;
         DrainUntil(
             [&] {
-                int32_t left = QueueFill(kStatsQueueName);
-                if (left > 0 && Elapsed() >= nextProgress) {
-                    std::fprintf(stderr, "mdtlm-sim: draining: %s\n",
-                                 Plural(left, "message still queued", "messages still queued").c_str());
+                datagrams = unreceived();
+                queued = QueueFill(kStatsQueueName);
+                bool done = queued <= 0 && datagrams == 0;
+                if (!done && Elapsed() >= nextProgress) {
+                    std::fprintf(stderr, "mdtlm-sim: draining: still %s\n", backlog(datagrams, queued).c_str());
                     nextProgress += 1;
                 }
-                return left <= 0;
+                return done;
             },
             drainEnd);
     }
-    int32_t left = QueueFill(kStatsQueueName);
-    if (left > 0) {
-        std::fprintf(stderr, "mdtlm-sim: stopping with %s; unloading the plug-in discards %s\n",
-                     Plural(left, "message still queued", "messages still queued").c_str(),
-                     left == 1 ? "it" : "them");
+    datagrams = unreceived();
+    queued = QueueFill(kStatsQueueName);
+    if (queued > 0 || datagrams > 0) {
+        std::fprintf(stderr, "mdtlm-sim: stopping with %s; unloading the plug-in discards them\n",
+                     backlog(datagrams, queued).c_str());
     }
     /* Let the tick under way finish its uploads and database writes. */
     std::this_thread::sleep_for(kTickSettle);
@@ -423,6 +432,13 @@ void Simulator::DeleteTasks()
         std::fprintf(stderr, "mdtlm-sim: warning: the plug-in has not confirmed every delete after 3 s\n");
     }
     std::this_thread::sleep_for(200ms);
+    if (snapshotTaken_) {
+        problem = database_.ReadTaskStats();
+        statsKnown_ = problem.empty();
+        if (!statsKnown_) {
+            std::fprintf(stderr, "mdtlm-sim: warning: %s\n", problem.c_str());
+        }
+    }
 }
 
 bool Simulator::UnloadPlugin()
@@ -458,7 +474,7 @@ int Simulator::Finish(bool cleanSoFar)
     RunState state = CurrentState();
     if (forwarder_) {
         std::fprintf(stderr, "%s", Summary(config_, state, recorder_->Tallies(), database_.TaskStats(),
-                                           snapshotTaken_)
+                                           statsKnown_)
                                        .c_str());
         std::fprintf(stderr,
                      "object database: %s holds the task statistics and report-performance rows as they stood "

@@ -84,6 +84,7 @@ private:
     std::unique_ptr<Forwarder> forwarder_;
     std::chrono::steady_clock::time_point start_;
     bool snapshotTaken_ = false;
+    bool statsKnown_ = false; /* the task statistics rows as the plug-in left them were read */
     /* Intake counters read once the traffic has drained, before the plug-in goes away. */
     MDTLM_HOST_CHAN_COUNTERS finalChannel_{};
     bool finalChannelKnown_ = false;
