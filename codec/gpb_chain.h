@@ -30,6 +30,9 @@
 
 #include <stdint.h>
 
+#include <string.h>
+
+#include "gpb_wire.h"
 #include "mdtlm_vraldcn.h"
 
 struct MDTLM_GPB_CHAIN {
@@ -58,16 +61,43 @@ struct MDTLM_GPB_CHAIN {
         return *this;
     }
 
-    /* Unsigned integer field (wire type 0); 32-bit values are zero-extended. */
+    /* Unsigned integer field (wire type 0); 32-bit values are zero-extended.
+     * With room for the longest key and value the bytes are stored here;
+     * otherwise the exported writer tests every byte and logs a refusal. */
     MDTLM_GPB_CHAIN &Int(uint32_t field, uint64_t value)
     {
-        return err != 0 ? *this : Add(MDTLM_VRALDCN_GPB_EncodeInterger(field, value, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && Room() >= MDTLM_GPB_KEY_MAX_BYTES + MDTLM_GPB_VARINT_MAX_BYTES) {
+            uint8_t *at = Here();
+            const int32_t keyLen = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_VARINT, at);
+            used += keyLen + MDTLM_GPB_PutVarintInRoom(value, at + keyLen);
+            return *this;
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeInterger(field, value, Here(), Room()));
     }
 
-    /* Text field (wire type 2) holding the NUL-terminated text without its NUL. */
+    /* Text field (wire type 2) holding the NUL-terminated text without its NUL;
+     * stored here when key, length and text fit, else by the exported writer. */
     MDTLM_GPB_CHAIN &Str(uint32_t field, const char *text)
     {
-        return err != 0 ? *this : Add(MDTLM_VRALDCN_GPB_EncodeString(field, text, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && text != nullptr) {
+            const size_t len = strlen(text);
+            if (len <= static_cast<size_t>(INT32_MAX) - 2 * MDTLM_GPB_KEY_MAX_BYTES &&
+                static_cast<int64_t>(Room()) >= static_cast<int64_t>(len) + 2 * MDTLM_GPB_KEY_MAX_BYTES) {
+                uint8_t *at = Here();
+                int32_t n = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_LENGTH_DELIMITED, at);
+                n += MDTLM_GPB_PutVarintInRoom(len, at + n);
+                memcpy(at + n, text, len);
+                used += n + static_cast<int32_t>(len);
+                return *this;
+            }
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeString(field, text, Here(), Room()));
     }
 
     /* Length-delimited field (wire type 2) holding `len` bytes. */

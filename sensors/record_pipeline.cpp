@@ -28,14 +28,13 @@ uint32_t ReadU32(const uint8_t *record, uint32_t offset)
 
 bool PassesTask(const MDTLM_SENSOR_PIPELINE *p, const MDTLM_TASK_DATA *task, const void *record)
 {
-    /* The engine gets a private copy of the block for each of the two tests. */
-    MDTLM_SENSOR_PATH_INFO block;
-    std::memcpy(&block, &task->pathInfo, sizeof(block));
-    if (MDTLM_STATS_SensorPathCondition(&block, record, p->condMap, p->condRows, p->condCmp) == 0) {
+    /* The engine reads the task's block in place: it never writes it and never
+     * reads past its room, so a copy per test would only cost time. */
+    const MDTLM_SENSOR_PATH_INFO *block = &task->pathInfo;
+    if (MDTLM_STATS_SensorPathCondition(block, record, p->condMap, p->condRows, p->condCmp) == 0) {
         return false;
     }
-    std::memcpy(&block, &task->pathInfo, sizeof(block));
-    return MDTLM_STATS_SensorPathFilter(&block, record, p->filterMap, p->filterRows, p->filterCmp) != 0;
+    return MDTLM_STATS_SensorPathFilter(block, record, p->filterMap, p->filterRows, p->filterCmp) != 0;
 }
 
 } // namespace

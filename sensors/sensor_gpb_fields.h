@@ -12,6 +12,7 @@
 #include "gpb_frame.h"
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
+#include "number_text.h"
 #include "record_pipeline.h"
 #include "sensor_log_texts.h"
 #include "sensor_record_fields.h"
@@ -46,10 +47,8 @@ MDTLM_GPB_CHAIN &MDTLM_GpbFixedText(MDTLM_GPB_CHAIN &chain, uint32_t field, cons
 /* Chains a number as a decimal text field. */
 inline MDTLM_GPB_CHAIN &MDTLM_GpbNumberText(MDTLM_GPB_CHAIN &chain, uint32_t field, uint32_t value)
 {
-    char text[16];
-    if (sprintf_s(text, sizeof(text), "%u", value) < 0) {
-        return chain.Add(MDTLM_ENCODE_FAIL);
-    }
+    char text[MDTLM_DECIMAL_MAX_DIGITS_32 + 1];
+    text[MDTLM_PutDecimal(text, value)] = '\0';
     return chain.Str(field, text);
 }
 
