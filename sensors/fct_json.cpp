@@ -54,7 +54,7 @@ extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *
     if (MDTLM_SrvtlmAddressTexts(rec->addressFamily, rec->srcIp, rec->dstIp, &texts) != 0) {
         return MDTLM_ENCODE_FAIL;
     }
-    return MDTLM_JsonWriteObject(out, cap, MDTLM_SRVTLM_FCTFLOW_JSON_BODY, rec->addressFamily, texts.src, texts.dst,
+    return MDTLM_JsonWriteMembers<MDTLM_SRVTLM_FCTFLOW_JSON_BODY>(out, cap, rec->addressFamily, texts.src, texts.dst,
                                  rec->periodId, rec->slotId, rec->srcIfIndex, rec->dstIfIndex,
                                  rec->interfaceChangeStatus, rec->fctMax, rec->fctMin, rec->fctMean,
                                  static_cast<unsigned long long>(rec->fetMax),

@@ -42,7 +42,7 @@ extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, u
         return MDTLM_ENCODE_FAIL;
     }
 
-    return MDTLM_JsonWriteObject(out, cap, MDTLM_QUMA_JSON_BODY, rec->id, rec->periodId, protocol, rec->ruleId,
+    return MDTLM_JsonWriteMembers<MDTLM_QUMA_JSON_BODY>(out, cap, rec->id, rec->periodId, protocol, rec->ruleId,
                                  rec->aclNumber, aclName, rec->vxlanReservedValue, rec->vxlanReservedValueSecond,
                                  static_cast<unsigned long long>(rec->inputPackets),
                                  static_cast<unsigned long long>(rec->outputPackets), warnInfo, rec->timeStamp);

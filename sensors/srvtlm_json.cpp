@@ -54,8 +54,7 @@ extern "C" int32_t MDTLM_SRVTLM_FLOW_JSON_EncodeMsg(const MDTLM_SRVTLM_FLOW_STAT
     if (MDTLM_SrvtlmAddressTexts(rec->addressFamily, rec->srcIp, rec->dstIp, &texts) != 0) {
         return MDTLM_ENCODE_FAIL;
     }
-    return MDTLM_JsonWriteObject(
-        out, cap, MDTLM_SRVTLM_FLOW_JSON_BODY, static_cast<unsigned>(rec->accessType),
+    return MDTLM_JsonWriteMembers<MDTLM_SRVTLM_FLOW_JSON_BODY>(out, cap, static_cast<unsigned>(rec->accessType),
         static_cast<unsigned>(rec->addressFamily), texts.src, texts.dst, rec->logicalUnitNum, rec->periodId,
         static_cast<unsigned>(rec->ifIndex), static_cast<unsigned>(rec->measureMode), rec->readIoAvgLatency,
         rec->readDal, rec->readIops, rec->readIoAvgSize, rec->readPendingIoCnt, rec->writeIoAvgLatency, rec->writeDal,

@@ -144,7 +144,7 @@ TEST_F(FlowPath, FlowHopEncodeFailureIsLoggedWithItsTag)
 {
     MDTLM_TASK_DATA *task = ReadyTask(MDTLM_SENSOR_VRAL_FLOWHOP, 1, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON));
     ASSERT_TRUE(task != nullptr && task->jsonBuffer != nullptr);
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_SPRINTF_S, 0, 1000, -1); /* no JSON text can be formatted */
+    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_MEMCPY_S, 0, 1000, -1); /* no record text can be copied */
     const MDTLM_FLOWHOP_STATS_REC rec = FlowHopRecord();
     MDTLM_VRALDCN_FLOWHOP_STATS_EncodeStatsData(&rec, task);
     MDTLM_HOST_FaultClear();
