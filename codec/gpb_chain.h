@@ -89,22 +89,26 @@ struct MDTLM_GPB_CHAIN {
             const size_t len = strlen(text);
             if (len <= static_cast<size_t>(INT32_MAX) - 2 * MDTLM_GPB_KEY_MAX_BYTES &&
                 static_cast<int64_t>(Room()) >= static_cast<int64_t>(len) + 2 * MDTLM_GPB_KEY_MAX_BYTES) {
-                uint8_t *at = Here();
-                int32_t n = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_LENGTH_DELIMITED, at);
-                n += MDTLM_GPB_PutVarintInRoom(len, at + n);
-                memcpy(at + n, text, len);
-                used += n + static_cast<int32_t>(len);
+                PutInRoom(field, reinterpret_cast<const uint8_t *>(text), static_cast<uint32_t>(len));
                 return *this;
             }
         }
         return Add(MDTLM_VRALDCN_GPB_EncodeString(field, text, Here(), Room()));
     }
 
-    /* Length-delimited field (wire type 2) holding `len` bytes. */
+    /* Length-delimited field (wire type 2) holding `len` bytes; stored here
+     * when key, length and bytes fit, else by the exported writer. */
     MDTLM_GPB_CHAIN &Bytes(uint32_t field, const uint8_t *bytes, uint32_t len)
     {
-        return err != 0 ? *this
-                        : Add(MDTLM_VRALDCN_GPB_EncodeLengthDelimited(field, bytes, len, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && bytes != nullptr &&
+            static_cast<int64_t>(Room()) >= static_cast<int64_t>(len) + 2 * MDTLM_GPB_KEY_MAX_BYTES) {
+            PutInRoom(field, bytes, len);
+            return *this;
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeLengthDelimited(field, bytes, len, Here(), Room()));
     }
 
     /* A group writer `int32_t fn(const Rec *record, uint8_t *out, int32_t cap)`
@@ -113,6 +117,16 @@ struct MDTLM_GPB_CHAIN {
     MDTLM_GPB_CHAIN &Group(Fn fn, const Rec *record)
     {
         return err != 0 ? *this : Add(fn(record, Here(), Room()));
+    }
+
+    /* Key, length and bytes of a length-delimited field, the room tested by the caller. */
+    void PutInRoom(uint32_t field, const uint8_t *bytes, uint32_t len)
+    {
+        uint8_t *at = Here();
+        int32_t n = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_LENGTH_DELIMITED, at);
+        n += MDTLM_GPB_PutVarintInRoom(len, at + n);
+        memcpy(at + n, bytes, len);
+        used += n + static_cast<int32_t>(len);
     }
 
     /* The chain's result: the first negative result, or the bytes written. */
