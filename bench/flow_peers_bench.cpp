@@ -52,15 +52,50 @@ const MDTLM_FLOWHOP_STATS_REC kHop = MakeFlowHop();
 
 /* -------------------------------------------------- generated classes */
 
+/* The setters both generated record classes share, by the same names. */
+template <typename Rec, typename Msg>
+void FillHead(const Rec &r, Msg *m)
+{
+    m->Clear();
+    m->set_flow_id(FlowId(r.flowIdHigh, r.flowIdLow));
+    m->set_direction(r.direction == 1 ? 1 : 4);
+    m->set_if_index(r.ifIndex);
+}
+
+template <typename Rec, typename Msg>
+void FillShared(const Rec &r, Msg *m)
+{
+    m->set_error_info(r.errorInfo);
+    m->set_error_info_ext(r.errorInfoExt);
+    m->set_period_id(r.periodId);
+    m->set_packet_count(r.packetCount);
+    m->set_byte_count(r.byteCount);
+    m->set_timestamp_second(r.timestampSecond);
+    m->set_timestamp_nanosecond(r.timestampNanosecond);
+    m->set_ttl(r.ttl);
+    m->set_vlan(r.vlan);
+    m->set_tunnel_mode(TunnelMode(r.tunnelFlag, r.tunnelType));
+    if (r.tunnelFlag == 1) {
+        m->set_tunnel_id(r.tunnelId);
+        m->set_outer_ttl(r.outerTtl);
+    }
+    m->set_queue_pair(r.queuePair);
+}
+
+template <typename Rec, typename Msg>
+void FillClosing(const Rec &r, Msg *m)
+{
+    m->set_sequence_number(r.sequenceNumber);
+    m->set_chassis_id(r.chassisId, strnlen(r.chassisId, sizeof(r.chassisId)));
+    m->set_slot_id(r.slotId, strnlen(r.slotId, sizeof(r.slotId)));
+}
+
 void Fill(const MDTLM_FLOW_STATS_REC &r, mdtlm::flow::FlowStatistic *m)
 {
     char src[40], dst[40];
     FormatAddress(r.srcAddr, r.addressFamily == 2, src);
     FormatAddress(r.dstAddr, r.addressFamily == 2, dst);
-    m->Clear();
-    m->set_flow_id(FlowId(r.flowIdHigh, r.flowIdLow));
-    m->set_direction(r.direction == 1 ? 1 : 4);
-    m->set_if_index(r.ifIndex);
+    FillHead(r, m);
     m->set_interval(r.interval);
     m->set_measure_mode(r.measureMode);
     m->set_address_family(r.addressFamily == 1 ? 0 : 1);
@@ -69,55 +104,20 @@ void Fill(const MDTLM_FLOW_STATS_REC &r, mdtlm::flow::FlowStatistic *m)
     m->set_protocol(r.protocol);
     m->set_source_port(r.srcPort);
     m->set_destination_port(r.dstPort);
-    m->set_error_info(r.errorInfo);
-    m->set_error_info_ext(r.errorInfoExt);
-    m->set_period_id(r.periodId);
-    m->set_packet_count(r.packetCount);
-    m->set_byte_count(r.byteCount);
-    m->set_timestamp_second(r.timestampSecond);
-    m->set_timestamp_nanosecond(r.timestampNanosecond);
-    m->set_ttl(r.ttl);
-    m->set_vlan(r.vlan);
-    m->set_tunnel_mode(TunnelMode(r.tunnelFlag, r.tunnelType));
-    if (r.tunnelFlag == 1) {
-        m->set_tunnel_id(r.tunnelId);
-        m->set_outer_ttl(r.outerTtl);
-    }
-    m->set_queue_pair(r.queuePair);
-    m->set_sequence_number(r.sequenceNumber);
-    m->set_chassis_id(r.chassisId, strnlen(r.chassisId, sizeof(r.chassisId)));
-    m->set_slot_id(r.slotId, strnlen(r.slotId, sizeof(r.slotId)));
+    FillShared(r, m);
+    FillClosing(r, m);
 }
 
 void Fill(const MDTLM_FLOWHOP_STATS_REC &r, mdtlm::flowhop::FlowHopStatistic *m)
 {
-    m->Clear();
-    m->set_flow_id(FlowId(r.flowIdHigh, r.flowIdLow));
-    m->set_direction(r.direction == 1 ? 1 : 4);
-    m->set_if_index(r.ifIndex);
+    FillHead(r, m);
     m->set_measure_mode(r.measureMode);
     m->set_interval(r.interval);
-    m->set_error_info(r.errorInfo);
-    m->set_error_info_ext(r.errorInfoExt);
-    m->set_period_id(r.periodId);
-    m->set_packet_count(r.packetCount);
-    m->set_byte_count(r.byteCount);
-    m->set_timestamp_second(r.timestampSecond);
-    m->set_timestamp_nanosecond(r.timestampNanosecond);
-    m->set_ttl(r.ttl);
-    m->set_vlan(r.vlan);
-    m->set_tunnel_mode(TunnelMode(r.tunnelFlag, r.tunnelType));
-    if (r.tunnelFlag == 1) {
-        m->set_tunnel_id(r.tunnelId);
-        m->set_outer_ttl(r.outerTtl);
-    }
-    m->set_queue_pair(r.queuePair);
+    FillShared(r, m);
     m->set_maximum_delay(uint32_t(r.maximumDelay << 8));
     m->set_total_delay(r.totalDelay << 8);
     m->set_total_count(r.totalCount);
-    m->set_sequence_number(r.sequenceNumber);
-    m->set_chassis_id(r.chassisId, strnlen(r.chassisId, sizeof(r.chassisId)));
-    m->set_slot_id(r.slotId, strnlen(r.slotId, sizeof(r.slotId)));
+    FillClosing(r, m);
 }
 
 mdtlm::flow::FlowStatistic *Entry(mdtlm::flow::Sample &s)

@@ -70,9 +70,7 @@ struct MDTLM_GPB_CHAIN {
             return *this;
         }
         if (out != nullptr && Room() >= MDTLM_GPB_KEY_MAX_BYTES + MDTLM_GPB_VARINT_MAX_BYTES) {
-            uint8_t *at = Here();
-            const int32_t keyLen = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_VARINT, at);
-            used += keyLen + MDTLM_GPB_PutVarintInRoom(value, at + keyLen);
+            IntInRoom(field, value);
             return *this;
         }
         return Add(MDTLM_VRALDCN_GPB_EncodeInterger(field, value, Here(), Room()));
@@ -117,6 +115,14 @@ struct MDTLM_GPB_CHAIN {
     MDTLM_GPB_CHAIN &Group(Fn fn, const Rec *record)
     {
         return err != 0 ? *this : Add(fn(record, Here(), Room()));
+    }
+
+    /* Key and value of an integer field, the room tested by the caller. */
+    void IntInRoom(uint32_t field, uint64_t value)
+    {
+        uint8_t *at = Here();
+        const int32_t keyLen = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_VARINT, at);
+        used += keyLen + MDTLM_GPB_PutVarintInRoom(value, at + keyLen);
     }
 
     /* Key, length and bytes of a length-delimited field, the room tested by the caller. */

@@ -59,10 +59,7 @@ inline uint32_t MDTLM_PutDecimal(char *out, uint64_t value)
 inline uint32_t MDTLM_PutHexLower(char *out, uint32_t value)
 {
     static constexpr char kHex[] = "0123456789abcdef";
-    uint32_t len = 1;
-    while (len < 8u && (value >> (4u * len)) != 0u) {
-        ++len;
-    }
+    const uint32_t len = (31u - static_cast<uint32_t>(__builtin_clz(value | 1u))) / 4u + 1u;
     for (uint32_t i = 0; i < len; ++i) {
         out[len - 1 - i] = kHex[(value >> (4u * i)) & 0xFu];
     }

@@ -22,10 +22,18 @@ typedef struct MDTLM_GPB_INT_FIELD {
     MDTLM_RECORD_FIELD source; /* record position; every width is written whole */
 } MDTLM_GPB_INT_FIELD;
 
-/* Chains the integer fields of `rows` in table order. */
+/* Chains the integer fields of `rows` in table order. With room for every
+ * row at its longest, the room is tested once for the whole table. */
 template <std::size_t N>
 MDTLM_GPB_CHAIN &MDTLM_GpbIntFields(MDTLM_GPB_CHAIN &chain, const MDTLM_GPB_INT_FIELD (&rows)[N], const void *record)
 {
+    constexpr int32_t kMost = static_cast<int32_t>(N) * (MDTLM_GPB_KEY_MAX_BYTES + MDTLM_GPB_VARINT_MAX_BYTES);
+    if (chain.Ok() && chain.out != nullptr && chain.Room() >= kMost) {
+        for (const MDTLM_GPB_INT_FIELD &row : rows) {
+            chain.IntInRoom(row.field, MDTLM_RecordFieldValue(record, row.source));
+        }
+        return chain;
+    }
     for (const MDTLM_GPB_INT_FIELD &row : rows) {
         chain.Int(row.field, MDTLM_RecordFieldValue(record, row.source));
     }
