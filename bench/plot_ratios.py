@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Ratios of the plug-in's encoders to their peers, measured in one run.
 
     bench/plot_ratios.py TIMES.json INSTRUCTIONS.txt OUT.png
