@@ -36,7 +36,10 @@ PAIRS = [
 def main():
     times_file, instr_file, png = sys.argv[1:4]
     with open(times_file) as f:
-        times = {b["name"]: b["cpu_time"] for b in json.load(f)["benchmarks"] if "cpu_time" in b}
+        runs = json.load(f)["benchmarks"]
+    # With --benchmark_repetitions the medians count; otherwise each plain run.
+    medians = {b["run_name"]: b["cpu_time"] for b in runs if b.get("aggregate_name") == "median"}
+    times = medians or {b["name"]: b["cpu_time"] for b in runs if "cpu_time" in b}
     instr = {}
     with open(instr_file) as f:
         for line in f:
