@@ -71,7 +71,8 @@ uint32_t MDTLM_VRALDCN_TASK_AddTlmTaskToList(void *payload, uint32_t payloadLen)
     MDTLM_TaskListPushFront(head, node);
     (void)MDTLM_FEM_WriteTaskStat2DbProc(node->data.sensorType, &node->data);
     NoteClampedPathInfo(node->data);
-    MDTLM_LOG_AT(MDTLM_LOG_SUCCESS, MDTLM_LINE_ADD_HANDLER_SUCCESS, "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] success.", node->data.taskId);
+    MDTLM_LOG_AT(MDTLM_LOG_SUCCESS, MDTLM_LINE_ADD_HANDLER_SUCCESS,
+                 "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] success.", node->data.taskId);
     return 0;
 }
 
