@@ -68,58 +68,52 @@ struct SensorRow {
     const char *jsonNullText;
     int32_t (*gpbWithoutRecord)(uint8_t *out, int32_t cap);
     int32_t (*jsonWithoutRecord)(uint8_t *out, int32_t cap);
-    std::vector<uint8_t> (*refusedByJson)();
     void (*encodeInto)(const uint8_t *record, MDTLM_TASK_DATA *task);
+    std::vector<uint8_t> refusedByJson;
 };
+
+template <typename Rec>
+using RecordEncoder = int32_t (*)(const Rec *, uint8_t *, int32_t);
+
+template <typename Rec, RecordEncoder<Rec> Gpb, RecordEncoder<Rec> Json, void (*Encode)(const Rec *, MDTLM_TASK_DATA *)>
+SensorRow Row(uint32_t sensor, int gpbNullRecord, int jsonNullParam, int encodeFail, const char *jsonNullText,
+              void (*refuse)(Rec &))
+{
+    Rec refused{};
+    refuse(refused);
+    return {sensor,
+            gpbNullRecord,
+            jsonNullParam,
+            encodeFail,
+            jsonNullText,
+            [](uint8_t *out, int32_t cap) { return Gpb(nullptr, out, cap); },
+            [](uint8_t *out, int32_t cap) { return Json(nullptr, out, cap); },
+            [](const uint8_t *record, MDTLM_TASK_DATA *task) { Encode(reinterpret_cast<const Rec *>(record), task); },
+            Bytes(refused)};
+}
 
 const char kFlowJsonNull[] = "[FLOW_JSON_CheckEncodePara] Param error, msg is NULL.";
 
-const SensorRow kSensorRows[] = {
-    {MDTLM_SENSOR_SRVTLM_FLOW, 493, 104, 333, kFlowJsonNull,
-     [](uint8_t *o, int32_t c) { return MDTLM_SRVTLM_FLOW_GPB_EncodeMsg(nullptr, o, c); },
-     [](uint8_t *o, int32_t c) { return MDTLM_SRVTLM_FLOW_JSON_EncodeMsg(nullptr, o, c); },
-     [] {
-         MDTLM_SRVTLM_FLOW_STATS_REC rec{};
-         rec.addressFamily = 2;
-         return Bytes(rec);
-     },
-     [](const uint8_t *r, MDTLM_TASK_DATA *t) {
-         MDTLM_SRVTLM_FLOW_STATS_EncodeStatsData(reinterpret_cast<const MDTLM_SRVTLM_FLOW_STATS_REC *>(r), t);
-     }},
-    {MDTLM_SENSOR_QUMA_RESULT, 175, 51, 124, kFlowJsonNull,
-     [](uint8_t *o, int32_t c) { return MDTLM_QUMA_GPB_EncodeMsg(nullptr, o, c); },
-     [](uint8_t *o, int32_t c) { return MDTLM_QUMA_JSON_EncodeMsg(nullptr, o, c); },
-     [] {
-         MDTLM_QUMA_RESULT_REC rec{};
-         rec.protocol = 4;
-         return Bytes(rec);
-     },
-     [](const uint8_t *r, MDTLM_TASK_DATA *t) {
-         MDTLM_QUMA_STATS_EncodeStatsData(reinterpret_cast<const MDTLM_QUMA_RESULT_REC *>(r), t);
-     }},
-    {MDTLM_SENSOR_SRVTLM_FCTFLOW, 524, 65, 377, kFlowJsonNull,
-     [](uint8_t *o, int32_t c) { return MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg(nullptr, o, c); },
-     [](uint8_t *o, int32_t c) { return MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg(nullptr, o, c); },
-     [] {
-         MDTLM_SRVTLM_FCTFLOW_STATS_REC rec{};
-         rec.addressFamily = 2;
-         return Bytes(rec);
-     },
-     [](const uint8_t *r, MDTLM_TASK_DATA *t) {
-         MDTLM_SRVTLM_FCTFLOW_STATS_EncodeStatsData(reinterpret_cast<const MDTLM_SRVTLM_FCTFLOW_STATS_REC *>(r), t);
-     }},
-    {MDTLM_SENSOR_ZELK_CACHE, 188, 93, 141, "[ZELK][JSON] Param error, msg is NULL.",
-     [](uint8_t *o, int32_t c) { return MDTLM_ZELK_GPB_EncodeMsg(nullptr, o, c); },
-     [](uint8_t *o, int32_t c) { return MDTLM_ZELK_JSON_EncodeMsg(nullptr, o, c); },
-     [] {
-         MDTLM_ZELK_CACHE_REC rec{};
-         rec.protocolId = 17;
-         return Bytes(rec);
-     },
-     [](const uint8_t *r, MDTLM_TASK_DATA *t) {
-         MDTLM_ZELK_EncodeCacheData(reinterpret_cast<const MDTLM_ZELK_CACHE_REC *>(r), t);
-     }},
-};
+std::vector<SensorRow> SensorRows()
+{
+    using Srvtlm = MDTLM_SRVTLM_FLOW_STATS_REC;
+    using Quma = MDTLM_QUMA_RESULT_REC;
+    using Fct = MDTLM_SRVTLM_FCTFLOW_STATS_REC;
+    using Zelk = MDTLM_ZELK_CACHE_REC;
+    return {
+        Row<Srvtlm, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg,
+            MDTLM_SRVTLM_FLOW_STATS_EncodeStatsData>(MDTLM_SENSOR_SRVTLM_FLOW, 493, 104, 333, kFlowJsonNull,
+                                                     [](Srvtlm &r) { r.addressFamily = 2; }),
+        Row<Quma, MDTLM_QUMA_GPB_EncodeMsg, MDTLM_QUMA_JSON_EncodeMsg, MDTLM_QUMA_STATS_EncodeStatsData>(
+            MDTLM_SENSOR_QUMA_RESULT, 175, 51, 124, kFlowJsonNull, [](Quma &r) { r.protocol = 4; }),
+        Row<Fct, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg,
+            MDTLM_SRVTLM_FCTFLOW_STATS_EncodeStatsData>(MDTLM_SENSOR_SRVTLM_FCTFLOW, 524, 65, 377, kFlowJsonNull,
+                                                        [](Fct &r) { r.addressFamily = 2; }),
+        Row<Zelk, MDTLM_ZELK_GPB_EncodeMsg, MDTLM_ZELK_JSON_EncodeMsg, MDTLM_ZELK_EncodeCacheData>(
+            MDTLM_SENSOR_ZELK_CACHE, 188, 93, 141, "[ZELK][JSON] Param error, msg is NULL.",
+            [](Zelk &r) { r.protocolId = 17; }),
+    };
+}
 
 struct Case {
     std::string name;
@@ -199,6 +193,15 @@ void Fault(MDTLM_HOST_OP op, uint32_t skip, uint32_t count, int64_t result)
     MDTLM_HOST_FaultSet(op, skip, count, result);
 }
 
+/* The tick's write of the report-performance rows, with one database operation failing. */
+std::function<void()> WriteFailing(MDTLM_HOST_OP op, uint32_t skip, uint32_t count, int64_t result)
+{
+    return [=] {
+        Fault(op, skip, count, result);
+        MDTLM_VRALDCN_UpdateReportPerfToDb();
+    };
+}
+
 std::vector<NumberedLine> StoreFailed(const NumberedLine &cause, uint32_t period)
 {
     const std::string slot = std::to_string(period & 63);
@@ -234,6 +237,34 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
         AddTask(1, 1, 111, PathInfoBuilder().Get());
         MDTLM_VRALDCN_UpdateReportPerfOutItemCnt(8, 1, 1);
     };
+    using BufferOf = MDTLM_SAMPLE_BUFFER *;
+    /* A buffer released after it was set up once: the next set-up allocates it. */
+    const auto sensorBufferReleased = [this](uint32_t row, BufferOf MDTLM_SAMPLE_DATA::*which) {
+        return std::function<void()>([this, row, which] {
+            Tick();
+            MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&(g_femMdtlmStatsMap[row].sampleData->*which)));
+        });
+    };
+    const auto taskBufferReleased = [this, &task](uint32_t sensor, BufferOf MDTLM_TASK_DATA::*which) {
+        return std::function<void()>([this, &task, sensor, which] {
+            task = AddTask(sensor, 1, sensor * 100 + 1, PathInfoBuilder().Get());
+            MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&(task->*which)));
+        });
+    };
+    /* The set-up of a tick with the next buffer allocation failing. */
+    const auto sensorSetUpFailing = [this](uint32_t row) {
+        return std::function<void()>([this, row] {
+            fw.FailAllocOfSize(kSampleBytes, 1);
+            MDTLM_VRALDCN_STATS_InitSampleBuffer(&g_femMdtlmStatsMap[row]);
+        });
+    };
+    const auto taskSetUpFailing = [this](uint32_t sensor) {
+        return std::function<void()>([this, sensor] {
+            fw.FailAllocOfSize(kSampleBytes, 1);
+            MDTLM_STATS_InitTaskStats(sensor);
+        });
+    };
+    const NumberedLine walkStopped{2, 178, "[InitTaskStats] Alloc buff failed"};
     const NumberedLine emptyLookup{0, 248, "[NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty."};
     const NumberedLine jsonCopy{2, 558, "[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: 1."};
 
@@ -291,48 +322,14 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
              EXPECT_EQ(MDTLM_VRALDCN_STATS_GetTimestamps(), 0u);
          },
          {{2, 58, "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed"}}},
-        {"sensor GPB buffer allocation",
-         [&] {
-             Tick();
-             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&g_femMdtlmStatsMap[0].sampleData->gpbBuffer));
-         },
-         [&] {
-             fw.FailAllocOfSize(kSampleBytes, 1);
-             MDTLM_VRALDCN_STATS_InitSampleBuffer(&g_femMdtlmStatsMap[0]);
-         },
-         {{2, 129, "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: 1, codeType: 0"}}},
-        {"sensor JSON buffer allocation",
-         [&] {
-             Tick();
-             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&g_femMdtlmStatsMap[5].sampleData->jsonBuffer));
-         },
-         [&] {
-             fw.FailAllocOfSize(kSampleBytes, 1);
-             MDTLM_VRALDCN_STATS_InitSampleBuffer(&g_femMdtlmStatsMap[5]);
-         },
-         {{2, 129, "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: 6, codeType: 1"}}},
-        {"task GPB buffer allocation",
-         [&] {
-             task = AddTask(4, 1, 401, PathInfoBuilder().Get());
-             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->gpbBuffer));
-         },
-         [&] {
-             fw.FailAllocOfSize(kSampleBytes, 1);
-             MDTLM_STATS_InitTaskStats(4);
-         },
-         {{2, 147, "[InitTaskSampleBuffer] Alloc buff failed, msgId: 4, codeType: 0"},
-          {2, 178, "[InitTaskStats] Alloc buff failed"}}},
-        {"task JSON buffer allocation",
-         [&] {
-             task = AddTask(5, 1, 501, PathInfoBuilder().Get());
-             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->jsonBuffer));
-         },
-         [&] {
-             fw.FailAllocOfSize(kSampleBytes, 1);
-             MDTLM_STATS_InitTaskStats(5);
-         },
-         {{2, 156, "[InitTaskSampleBuffer] Alloc buff failed, msgId: 5, codeType: 1"},
-          {2, 178, "[InitTaskStats] Alloc buff failed"}}},
+        {"sensor GPB buffer allocation", sensorBufferReleased(0, &MDTLM_SAMPLE_DATA::gpbBuffer),
+         sensorSetUpFailing(0), {{2, 129, "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: 1, codeType: 0"}}},
+        {"sensor JSON buffer allocation", sensorBufferReleased(5, &MDTLM_SAMPLE_DATA::jsonBuffer),
+         sensorSetUpFailing(5), {{2, 129, "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: 6, codeType: 1"}}},
+        {"task GPB buffer allocation", taskBufferReleased(4, &MDTLM_TASK_DATA::gpbBuffer), taskSetUpFailing(4),
+         {{2, 147, "[InitTaskSampleBuffer] Alloc buff failed, msgId: 4, codeType: 0"}, walkStopped}},
+        {"task JSON buffer allocation", taskBufferReleased(5, &MDTLM_TASK_DATA::jsonBuffer), taskSetUpFailing(5),
+         {{2, 156, "[InitTaskSampleBuffer] Alloc buff failed, msgId: 5, codeType: 1"}, walkStopped}},
 
         /* Sample upload. */
         {"upload, no upload slot", [&] { task = TaskHolding(1, 101, MDTLM_ENCODE_TYPE_GPB, 5); },
@@ -380,41 +377,23 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
          },
          {{2, 51, "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed"}}},
         {"row update, handle", storedRowChanged,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_CREATE, 1, 1, 7);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_CREATE, 1, 1, 7),
          StoreFailed({2, 38, "[UpdateDbData] Create vraldcn_mdtlm_report_perf obj failed, ret: 7."}, 4)},
         {"row update, field setters", storedRowChanged,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_SET_FIELD, 3, 2, 3);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_SET_FIELD, 3, 2, 3),
          StoreFailed({2, 57, "[UpdateDbData] set vraldcn_mdtlm_report_perf field failed, ret: 6."}, 4)},
         {"row update, update", storedRowChanged,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_UPDATE, 0, 1, 9);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_UPDATE, 0, 1, 9),
          StoreFailed({2, 64, "[UpdateDbData] Update vraldcn_mdtlm_report_perf failed, ret: 9."}, 4)},
         {"row write, handle", newRow,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_CREATE, 1, 1, 5);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_CREATE, 1, 1, 5),
          StoreFailed({2, 78, "[VRALDCN_WriteReportPerfEntryDb] Create vraldcn_mdtlm_report_perf failed ret: 5."}, 8)},
         {"row write, all-fields setter", newRow,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_SET_ALL, 0, 1, 4);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_SET_ALL, 0, 1, 4),
          StoreFailed(
              {2, 87, "[VRALDCN_WriteReportPerfEntryDb] Set vraldcn_mdtlm_report_perf all field failed ret: 4."}, 8)},
         {"row write, write", newRow,
-         [&] {
-             Fault(MDTLM_HOST_OP_DB_WRITE, 0, 1, 2);
-             MDTLM_VRALDCN_UpdateReportPerfToDb();
-         },
+         WriteFailing(MDTLM_HOST_OP_DB_WRITE, 0, 1, 2),
          StoreFailed({2, 94, "[VRALDCN_WriteReportPerfEntryDb] Write vraldcn_mdtlm_report_perf failed ret: 2."}, 8)},
         {"row stored", newRow, [&] { MDTLM_VRALDCN_UpdateReportPerfToDb(); },
          {{1, 128,
@@ -446,7 +425,8 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
 
     /* The table-driven sensors: every line for every sensor, on every path. */
     const std::string encodeFailed = "[STATS_EncodeStatsData] Stats data encode failed, ret: -1.";
-    for (const SensorRow &row : kSensorRows) {
+    const std::vector<SensorRow> sensorRows = SensorRows();
+    for (const SensorRow &row : sensorRows) {
         const std::string sensor = "sensor " + std::to_string(row.sensor) + ", ";
         cases.push_back({sensor + "GPB encoder without a record", nullptr,
                          [&row, &sample] { EXPECT_EQ(row.gpbWithoutRecord(sample->data, 64), MDTLM_ENCODE_FAIL); },
@@ -457,7 +437,7 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
         cases.push_back({sensor + "record its JSON tasks refuse",
                          [&] { AddTask(row.sensor, 1, 7, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON).Get()); },
                          [&] {
-                             const std::vector<uint8_t> record = row.refusedByJson();
+                             const std::vector<uint8_t> &record = row.refusedByJson;
                              EXPECT_EQ(Deliver(row.sensor, record.data(), static_cast<uint32_t>(record.size())), 0u);
                              Tick();
                          },
@@ -468,7 +448,7 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
                              MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->gpbBuffer));
                              MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->jsonBuffer));
                          },
-                         [&] { row.encodeInto(row.refusedByJson().data(), task); },
+                         [&] { row.encodeInto(row.refusedByJson.data(), task); },
                          {{2, row.encodeFail, encodeFailed}}});
     }
 
