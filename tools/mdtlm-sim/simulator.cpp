@@ -44,6 +44,8 @@ constexpr double kMessagesPerTick = 2000;
 constexpr auto kTickSettle = 600ms;
 constexpr auto kPoll = 20ms;
 constexpr auto kJoinLimit = 10s;
+/* How long the channel and the queue must stay empty before the drain counts as done. */
+constexpr double kEmptyConfirm = 0.1;
 
 std::string Plural(int64_t count, const char *one, const char *many)
 {
@@ -373,26 +375,31 @@ void Simulator::DrainTraffic()
     };
     int64_t datagrams = unreceived();
     int32_t queued = QueueFill(kStatsQueueName);
-    if ((queued > 0 || datagrams > 0) && interrupts_ < 2) {
-        /* Ticks take up to 2000 messages each, one tick a second. */
-        double estimate = std::ceil((std::max(queued, 0) + static_cast<double>(datagrams)) / kMessagesPerTick);
-        std::fprintf(stderr, "mdtlm-sim: draining %s, about %g s at %g per tick", backlog(datagrams, queued).c_str(),
-                     estimate, kMessagesPerTick);
-        if (estimate > options_.drain) {
-            std::fprintf(stderr, "; stopping after %g s", options_.drain);
+    if (interrupts_ < 2) {
+        if (queued > 0 || datagrams > 0) {
+            /* Ticks take up to 2000 messages each, one tick a second. */
+            double estimate = std::ceil((std::max(queued, 0) + static_cast<double>(datagrams)) / kMessagesPerTick);
+            std::fprintf(stderr, "mdtlm-sim: draining %s, about %g s at %g per tick",
+                         backlog(datagrams, queued).c_str(), estimate, kMessagesPerTick);
+            if (estimate > options_.drain) {
+                std::fprintf(stderr, "; stopping after %g s", options_.drain);
+            }
+            std::fprintf(stderr, "\n");
         }
-        std::fprintf(stderr, "\n");
         double nextProgress = Elapsed() + 1;
+        double emptySince = -1;
         DrainUntil(
             [&] {
                 datagrams = unreceived();
                 queued = QueueFill(kStatsQueueName);
-                bool done = queued <= 0 && datagrams == 0;
-                if (!done && Elapsed() >= nextProgress) {
+                bool empty = queued <= 0 && datagrams == 0;
+                if (!empty && Elapsed() >= nextProgress) {
                     std::fprintf(stderr, "mdtlm-sim: draining: still %s\n", backlog(datagrams, queued).c_str());
                     nextProgress += 1;
                 }
-                return done;
+                /* A datagram counted as received may still be on its way into the queue. */
+                emptySince = empty ? (emptySince < 0 ? Elapsed() : emptySince) : -1;
+                return empty && Elapsed() - emptySince >= kEmptyConfirm;
             },
             drainEnd);
     }
