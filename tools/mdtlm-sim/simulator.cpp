@@ -439,13 +439,6 @@ void Simulator::DeleteTasks()
         std::fprintf(stderr, "mdtlm-sim: warning: the plug-in has not confirmed every delete after 3 s\n");
     }
     std::this_thread::sleep_for(200ms);
-    if (snapshotTaken_) {
-        problem = database_.ReadTaskStats();
-        statsKnown_ = problem.empty();
-        if (!statsKnown_) {
-            std::fprintf(stderr, "mdtlm-sim: warning: %s\n", problem.c_str());
-        }
-    }
 }
 
 bool Simulator::UnloadPlugin()
@@ -471,7 +464,13 @@ int Simulator::Finish(bool cleanSoFar)
 {
     UnloadPlugin();
     if (snapshotTaken_) {
-        std::string problem = database_.Restore();
+        /* No tick runs any more: rows deleted late, or never, are final too. */
+        std::string problem = database_.ReadTaskStats();
+        statsKnown_ = problem.empty();
+        if (!statsKnown_) {
+            std::fprintf(stderr, "mdtlm-sim: warning: %s\n", problem.c_str());
+        }
+        problem = database_.Restore();
         if (!problem.empty()) {
             std::fprintf(stderr, "mdtlm-sim: warning: cannot restore the database tables: %s\n", problem.c_str());
         }
