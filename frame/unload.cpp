@@ -6,19 +6,26 @@
 #include <cstdint>
 
 #include "event_queue.h"
+#include "loss_counters.h"
+#include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
 
 constexpr int32_t kNoTimer = -1;
 
-void DiscardStatsMessages()
+/* What a queue gave back is counted as discarded; what the platform would not
+ * give back stays allocated, and the unload says how much. */
+void CountRelease(const MDTLM_QueueReleaseResult &result, uint32_t discardedSlot, uint32_t leftSlot,
+                  const char *queueName)
 {
-    MDTLM_STATS_MSG *msg = nullptr;
-    while ((msg = MDTLM_VRALDCN_STATS_QUE_Pop()) != nullptr) {
-        void *raw = msg;
-        MDTLM_VRALDCN_BufFree(&raw);
+    MDTLM_LossAdd(discardedSlot, result.released);
+    if (result.left == 0) {
+        return;
     }
+    MDTLM_LossAdd(leftSlot, result.left);
+    MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_Unload] Queue %s would not give back %llu buffers, left allocated.",
+              queueName, static_cast<unsigned long long>(result.left));
 }
 
 } // namespace
@@ -31,14 +38,16 @@ extern "C" MDTLM_EXPORT void MDTLM_VRALDCN_Unload(void)
     MDTLM_VRALDCN_THREAD_Destroy();
 
     MDTLM_VRALDCN_STATS_IPC_Destroy();
-    DiscardStatsMessages();
+    CountRelease(MDTLM_StatsQueueReleaseAll(), MDTLM_LOSS_SLOT(discardedAtStopCnt), MDTLM_LOSS_SLOT(leftAtStopCnt),
+                 "MdtlmNtvVralDcnStatsQue");
     MDTLM_VRALDCN_STATS_QUE_Destroy();
 
     if (g_mdtlmVralDcnTimerId != kNoTimer) {
         MDTLM_VRALDCN_STATS_DestroyTimer();
     }
 
-    MDTLM_EventQueueDiscardAll();
+    CountRelease(MDTLM_EventQueueReleaseAll(), MDTLM_LOSS_SLOT(eventsDiscardedAtStopCnt),
+                 MDTLM_LOSS_SLOT(eventsLeftAtStopCnt), "MDTLM_VRALDCN_EVENT");
     MDTLM_VRALDCN_EVENT_Destroy();
 
     MDTLM_VRALDCN_TASK_ReleaseAll();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
@@ -59,6 +60,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_PushStatsEventToQue(uint32_t secondCnt
     if (raw == nullptr) {
         MDTLM_LOG(MDTLM_LOG_FAILURE,
                   "[NTVVRALDCN_STATS_PushStatsEventToQu] Alloc memory failed, timerSecondCnt: %u.", secondCnt);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(tickDroppedCnt));
         return 1;
     }
     MDTLM_EVENT_MSG *event = static_cast<MDTLM_EVENT_MSG *>(raw);
@@ -72,6 +74,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_PushStatsEventToQue(uint32_t secondCnt
                   "[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: %u, "
                   "ret: %u.",
                   secondCnt, ret);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(tickDroppedCnt));
         MDTLM_VRALDCN_BufFree(&raw);
     }
     return 0;

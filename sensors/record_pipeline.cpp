@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 
@@ -47,6 +48,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
     MDTLM_RECORD_ENCODE_FUNC encode = json ? p->jsonEncode : p->gpbEncode;
     if (buffer == nullptr) {
         /* The tick could not allocate this task's buffers; nothing may be appended. */
+        MDTLM_LossEncodeFail(p->sensorType);
         MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__,
                                   MDTLM_ENCODE_FAIL);
         return;
@@ -74,6 +76,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
         buffer->itemCnt = 0;
         buffer->dataLen = 0;
     }
+    MDTLM_LossEncodeFail(p->sensorType);
     MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__, ret);
 }
 

@@ -5,6 +5,7 @@
  */
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
@@ -90,11 +91,13 @@ void MDTLM_VRALDCN_TASK_UploadStatsDataByTask(MDTLM_SAMPLE_BUFFER *buffer, MDTLM
     MDTLM_SAMPLE_BUFFER *sample = NewSample();
     if (sample == nullptr) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(task->sensorType, codeType, buffer, sample) != 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: %u.",
                   codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         FreeSample(&sample);
         return;
     }
@@ -110,10 +113,12 @@ void MDTLM_VRALDCN_TASK_UploadStatsData(uint32_t sensorType, const MDTLM_SAMPLE_
     MDTLM_SAMPLE_BUFFER *sample = NewSample();
     if (sample == nullptr) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[UploadStatsData] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(sensorType, codeType, src, sample) != 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[UploadStatsData] Format sampleData failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         FreeSample(&sample);
         return;
     }

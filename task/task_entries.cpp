@@ -5,6 +5,7 @@
  */
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 
@@ -52,6 +53,7 @@ uint32_t MDTLM_VRALDCN_AddTlmTask(uint32_t sensorType, uint32_t instanceId, uint
     if (ret != 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: %u, taskId: %u.",
                   ret, taskId);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(addDroppedCnt));
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
     return 0;
@@ -67,6 +69,7 @@ uint32_t MDTLM_VRALDCN_DelTlmTask(uint32_t sensorType, uint32_t instanceId, uint
     uint32_t ret = MDTLM_VRALDCN_EVENT_Push(event);
     if (ret != 0) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: %u.", ret);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(delDroppedCnt));
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
     return 0;
