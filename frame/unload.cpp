@@ -9,6 +9,7 @@
 #include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
+#include "worker.h"
 
 namespace {
 
@@ -35,7 +36,12 @@ extern "C" MDTLM_EXPORT void MDTLM_VRALDCN_Unload(void)
     /* Destroying the epoll instance returns only once the loop runs no more
      * callbacks; the loop then returns and the worker thread ends. From here
      * on nothing else touches the plug-in's state. */
-    MDTLM_VRALDCN_THREAD_Destroy();
+    if (!MDTLM_WorkerStop()) {
+        /* The loop may still run callbacks: releasing what they use would
+         * pull it from under them. Everything stays as it is. */
+        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_Unload] Epoll instance not destroyed, nothing released.");
+        return;
+    }
 
     MDTLM_VRALDCN_STATS_IPC_Destroy();
     CountRelease(MDTLM_StatsQueueReleaseAll(), MDTLM_LOSS_SLOT(discardedAtStopCnt), MDTLM_LOSS_SLOT(leftAtStopCnt),

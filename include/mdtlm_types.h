@@ -546,6 +546,8 @@ typedef struct MDTLM_LOSS_COUNTERS {
     /* Records and samples. */
     uint64_t encodeFailCnt[MDTLM_SENSOR_COUNT]; /* records that passed a task but were not stored, per sensor */
     uint64_t sampleNotSentCnt;   /* task buffers whose sample could not be allocated or formatted */
+    /* Platform objects. */
+    uint64_t releaseFailCnt;     /* platform objects that refused every try to release them */
 } MDTLM_LOSS_COUNTERS;
 
 #ifdef __cplusplus

@@ -9,6 +9,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
 
 extern "C" {
 MDTLM_EXPORT int32_t g_mdtlmVralDcnTimerId = -1;
@@ -87,7 +88,8 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetTimerSecondCnt(void)
 
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_DestroyTimer(void)
 {
-    FWM_TIMER_Destroy(g_mdtlmVralDcnTimerId);
+    const int32_t timerId = g_mdtlmVralDcnTimerId;
+    (void)MDTLM_PlatformRelease("timer", [timerId] { return FWM_TIMER_Destroy(timerId); });
     g_mdtlmVralDcnTimerId = kNoTimer;
 }
 

@@ -3,6 +3,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
 
 namespace {
 
@@ -56,7 +57,8 @@ uint32_t MDTLM_QueueFlowCtrl(const MDTLM_FlowCtrlTexts &texts, uint32_t event)
 void MDTLM_QueueDestroy(void **queue)
 {
     if (*queue != nullptr) {
-        FWM_QUE_Destory(*queue);
+        void *handle = *queue;
+        (void)MDTLM_PlatformRelease("queue", [handle] { return FWM_QUE_Destory(handle); });
         *queue = nullptr;
     }
 }

@@ -12,6 +12,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
 
 extern "C" {
 MDTLM_EXPORT void *g_mdtlmNtvVralDcnChanHandle = nullptr;
@@ -189,7 +190,8 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_DestroyServer(void)
 {
     if (g_mdtlmNtvVralDcnChanHandle != nullptr) {
-        FWM_CHAN_UCServerDestory(g_mdtlmNtvVralDcnChanHandle);
+        void *server = g_mdtlmNtvVralDcnChanHandle;
+        (void)MDTLM_PlatformRelease("channel server", [server] { return FWM_CHAN_UCServerDestory(server); });
         g_mdtlmNtvVralDcnChanHandle = nullptr;
     }
 }

@@ -120,3 +120,49 @@ TEST_F(LoopTest, UnloadWhenQueueReadsFail)
         EXPECT_EQ(Fw().Outstanding(), 0);
     }
 }
+
+/* Releases the platform refuses: two refusals are tried through; three are
+ * logged and counted, and a refused epoll destroy stops the unload before it
+ * releases what the loop might still use. */
+TEST_F(LoopTest, UnloadWhenReleasesAreRefused)
+{
+    const struct {
+        const char *name;
+        MDTLM_HOST_OP op;
+        uint32_t refusals;
+        std::vector<std::string> lines;
+        int64_t buffersAfterUnload;
+    } cases[] = {
+        {"queue refuses twice", MDTLM_HOST_OP_QUE_DESTROY, 2, {}, 0},
+        {"queue refuses", MDTLM_HOST_OP_QUE_DESTROY, 3,
+         {"[VRALDCN_PlatformRelease] Release queue failed 3 times, ret: 4294967295."}, 0},
+        {"timer refuses", MDTLM_HOST_OP_TIMER_DESTROY, 3,
+         {"[VRALDCN_PlatformRelease] Release timer failed 3 times, ret: 4294967295."}, 0},
+        {"server refuses", MDTLM_HOST_OP_CHAN_DESTROY, 3,
+         {"[VRALDCN_PlatformRelease] Release channel server failed 3 times, ret: 4294967295."}, 0},
+        {"epoll instance refuses", MDTLM_HOST_OP_EPOLL_DESTROY, 3,
+         {"[VRALDCN_PlatformRelease] Release epoll instance failed 3 times, ret: 4294967295.",
+          "[VRALDCN_Unload] Epoll instance not destroyed, nothing released."},
+         1},
+    };
+    uint64_t refused = 0;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        Start();
+        ASSERT_EQ(MDTLM_VRALDCN_STATS_CreateTimer(), 0u);
+        ASSERT_EQ(MDTLM_VRALDCN_EVENT_Push(NewEvent(1, 3544, 0)), 0u);
+        MDTLM_HOST_FaultSet(c.op, 0, c.refusals, -1);
+        Fw().ClearLogs();
+        MDTLM_VRALDCN_Unload();
+        MDTLM_HOST_FaultClear();
+        EXPECT_EQ(Fw().Shapes(), Lines(c.lines));
+        EXPECT_EQ(Fw().Outstanding(), c.buffersAfterUnload);
+        refused += c.lines.empty() ? 0 : 1;
+        MDTLM_LOSS_COUNTERS losses{};
+        ASSERT_EQ(MDTLM_VRALDCN_STATS_GetLossCounters(&losses), 0u);
+        EXPECT_EQ(losses.releaseFailCnt, refused);
+        MDTLM_VRALDCN_Unload(); /* what the first unload kept is released now */
+        EXPECT_EQ(Fw().Outstanding(), 0);
+        ExpectNothingLeft();
+    }
+}
