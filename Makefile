@@ -4,10 +4,12 @@
 #   make test-asan  the same under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make test-tsan  the same under ThreadSanitizer
 #   make bench      run the benchmarks
+#   make fuzz       run each fuzz target for FUZZ_SECONDS (default 60) with clang
 JOBS ?= $(shell nproc)
 BUILD ?= build
+FUZZ_SECONDS ?= 60
 
-.PHONY: deps build demo test test-asan test-tsan bench clean
+.PHONY: deps build demo test test-asan test-tsan bench fuzz clean
 
 deps:
 	@./scripts/install-deps.sh
@@ -35,5 +37,12 @@ test-tsan: deps
 bench: build
 	$(BUILD)/bench/mdtlm_bench
 
+fuzz:
+	@./scripts/install-deps.sh build fuzz
+	cmake -S fuzz -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_C_COMPILER=clang >/dev/null
+	cmake --build build-fuzz -j$(JOBS)
+	fuzz/run.sh build-fuzz $(FUZZ_SECONDS)
+
 clean:
-	rm -rf $(BUILD) build-asan build-tsan
+	rm -rf $(BUILD) build-asan build-tsan build-fuzz
