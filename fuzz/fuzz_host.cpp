@@ -122,6 +122,13 @@ void StopAndCheck()
             Fail("platform objects of kind " + std::to_string(kind) + " left alive");
         }
     }
+    /* A release the platform refused, or a queue that kept its elements,
+     * means a handle the platform did not know: misuse. */
+    MDTLM_LOSS_COUNTERS losses{};
+    (void)MDTLM_VRALDCN_STATS_GetLossCounters(&losses);
+    if (losses.releaseFailCnt != 0 || losses.leftAtStopCnt != 0 || losses.eventsLeftAtStopCnt != 0) {
+        Fail("a platform release or queue read was refused");
+    }
     FakeFramework::Get().ClearLogs();
 }
 

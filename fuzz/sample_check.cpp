@@ -38,6 +38,9 @@ public:
 struct Schemas {
     Schemas() : importer(&tree, &errors)
     {
+        /* Record texts are bytes to the plug-in; libprotobuf's complaints
+         * about string fields that are not UTF-8 would drown the output. */
+        pb::SetLogHandler(nullptr);
         tree.MapPath("", MDTLM_PROTO_DIR);
         for (const Schema &schema : kSchemas) {
             const pb::FileDescriptor *file = importer.Import(schema.file);
