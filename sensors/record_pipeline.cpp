@@ -49,8 +49,8 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
     if (buffer == nullptr) {
         /* The tick could not allocate this task's buffers; nothing may be appended. */
         MDTLM_LossEncodeFail(p->sensorType);
-        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__,
-                                  MDTLM_ENCODE_FAIL);
+        MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat,
+                            MDTLM_ENCODE_FAIL);
         return;
     }
 
@@ -77,7 +77,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
         buffer->dataLen = 0;
     }
     MDTLM_LossEncodeFail(p->sensorType);
-    MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__, ret);
+    MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat, ret);
 }
 
 uint32_t MDTLM_PIPELINE_ProcessMsg(const MDTLM_SENSOR_PIPELINE *p, MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)

@@ -71,16 +71,16 @@ int32_t MDTLM_GpbGroups(const Rec *record, uint8_t *out, int32_t cap, Groups... 
 }
 
 /* The GPB message encoder of a sensor: a null record is refused with the line
- * `nullFormat` ("[%s:%d]..."); any other record has its body written by
- * `EncodeData` and framed into `containerField` through the sensor's scratch
- * buffers. */
+ * `nullFormat` ("[%s:%d]...") carrying the number `nullLine`; any other record
+ * has its body written by `EncodeData` and framed into `containerField`
+ * through the sensor's scratch buffers. */
 template <typename Rec, int32_t (*EncodeData)(const Rec *, uint8_t *, int32_t)>
 int32_t MDTLM_GpbEncodeSensorMsg(const Rec *rec, uint8_t *scratch1, uint8_t *scratch2, uint32_t containerField,
-                                 uint8_t *out, int32_t cap,
+                                 uint8_t *out, int32_t cap, int nullLine = MDTLM_LOG_LINE_OF_CALL,
                                  const char *nullFormat = MDTLM_SENSOR_GPB_NULL_RECORD_FORMAT)
 {
     if (rec == nullptr) {
-        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, nullFormat, MDTLM_LOG_LABEL, __LINE__);
+        MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(nullLine), nullFormat);
         return MDTLM_ENCODE_FAIL;
     }
     return MDTLM_GPB_FrameRecord(MDTLM_PipelineEncoder<Rec, EncodeData>, rec, scratch1, scratch2, containerField, out,

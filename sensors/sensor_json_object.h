@@ -15,14 +15,15 @@
 #include "sensor_log_texts.h"
 
 /* The parameter check of a JSON message encoder: MDTLM_ENCODE_FAIL, logged
- * with `nullFormat` ("[%s:%d]..."), without a record or an output;
- * MDTLM_ENCODE_NO_SPACE below `minRoom`, so the sample buffer is uploaded while
+ * with `nullFormat` ("[%s:%d]...") carrying the number `nullLine`, without a
+ * record or an output; MDTLM_ENCODE_NO_SPACE below `minRoom`, so the sample buffer is uploaded while
  * it still has room for the longest record; else 0. */
 inline int32_t MDTLM_JsonCheckEncodePara(const void *rec, const uint8_t *out, int32_t cap, int32_t minRoom,
+                                         int nullLine = MDTLM_LOG_LINE_OF_CALL,
                                          const char *nullFormat = MDTLM_SENSOR_JSON_NULL_PARAM_FORMAT)
 {
     if (rec == nullptr || out == nullptr) {
-        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, nullFormat, MDTLM_LOG_LABEL, __LINE__);
+        MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(nullLine), nullFormat);
         return MDTLM_ENCODE_FAIL;
     }
     return cap < minRoom ? MDTLM_ENCODE_NO_SPACE : 0;

@@ -4,6 +4,7 @@
  */
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* The record body: the record's names with underscores for hyphens. */
@@ -27,7 +28,7 @@ constexpr int32_t kJsonMinRoom = 1059;
 extern "C" int32_t MDTLM_SRVTLM_FLOW_JSON_CheckEncodePara(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, const uint8_t *out,
                                                           int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kSrvtlmFlowLogLines.jsonNullParam);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FLOW_JSON_EncodeIpv4(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, char *src, char *dst,

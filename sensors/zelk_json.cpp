@@ -4,6 +4,7 @@
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* The record body: members in record order, enumerations as texts. */
@@ -28,7 +29,7 @@ constexpr uint32_t kEnumTextSize = 128;
 
 extern "C" int32_t MDTLM_ZELK_JSON_CheckEncodePara(const MDTLM_ZELK_CACHE_REC *rec, const uint8_t *out, int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kNullParamFormat);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kZelkLogLines.jsonNullParam, kNullParamFormat);
 }
 
 extern "C" uint32_t MDTLM_ZELK_JSON_EncodeIpv4(const MDTLM_ZELK_CACHE_REC *rec, char *src, char *dst, uint32_t cap)
