@@ -88,8 +88,14 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetTimerSecondCnt(void)
 
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_DestroyTimer(void)
 {
+    /* The stored id is handed over whatever it is; only a timer that exists
+     * is worth asking again when the platform refuses. */
     const int32_t timerId = g_mdtlmVralDcnTimerId;
-    (void)MDTLM_PlatformRelease("timer", [timerId] { return FWM_TIMER_Destroy(timerId); });
+    if (timerId == kNoTimer) {
+        (void)FWM_TIMER_Destroy(timerId);
+    } else {
+        (void)MDTLM_PlatformRelease("timer", [timerId] { return FWM_TIMER_Destroy(timerId); });
+    }
     g_mdtlmVralDcnTimerId = kNoTimer;
 }
 

@@ -166,3 +166,17 @@ TEST_F(LoopTest, UnloadWhenReleasesAreRefused)
         ExpectNothingLeft();
     }
 }
+
+/* Without a timer the stored id is handed over once, as it is, and a refusal
+ * of that is nothing to retry or report. */
+TEST_F(LoopTest, DestroyTimerWithoutTimerCallsOnce)
+{
+    Start();
+    MDTLM_HOST_CallCountReset();
+    MDTLM_VRALDCN_STATS_DestroyTimer();
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_DESTROY), 1u);
+    EXPECT_EQ(Fw().Shapes(), Lines({}));
+    MDTLM_LOSS_COUNTERS losses{};
+    ASSERT_EQ(MDTLM_VRALDCN_STATS_GetLossCounters(&losses), 0u);
+    EXPECT_EQ(losses.releaseFailCnt, 0u);
+}
