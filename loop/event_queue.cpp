@@ -113,6 +113,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_FlowCtrlProc(uint32_t event)
 MDTLM_EXPORT void MDTLM_VRALDCN_EVENT_Destroy(void)
 {
     MDTLM_QueueDestroy(&g_mdtlmVralDcnTaskEventHdl);
+    g_eventQueueHeld.store(0, std::memory_order_relaxed); /* whatever it held went with it */
 }
 
 } /* extern "C" */

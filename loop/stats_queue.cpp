@@ -81,6 +81,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc(uint32_t event)
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_QUE_Destroy(void)
 {
     MDTLM_QueueDestroy(&g_mdtlmNtvVralDcnStatsQueHdl);
+    g_statsQueueHeld.store(0, std::memory_order_relaxed); /* whatever it held went with it */
 }
 
 } /* extern "C" */
