@@ -101,6 +101,10 @@ const RecordCase kRecords[] = {
     {"export-cache", 304, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 4, "recovery-mode": 2,
         "op-mode": 0)",
      {61, 62}, {61}},
+    /* A body far longer than its record: only the record is kept, and it is delivered like any other. */
+    {"export-cache", 305, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 0, "recovery-mode": 2,
+        "op-mode": 1, "body-length": 65000)",
+     {61}, {}},
 };
 
 std::string ConfigText()
@@ -171,6 +175,7 @@ TEST(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrderAndIsCounted)
                            " + still queued 0 + lost 1; unaccounted 0\n"),
               std::string::npos)
         << run.err;
+    EXPECT_NE(run.err.find("altered: 1 bodies cut to their record's size"), std::string::npos) << run.err;
     std::map<std::string, size_t> unencodable;
     for (const RecordCase &record : kRecords) {
         unencodable[record.sensor] += record.unencodable.size();
