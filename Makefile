@@ -4,10 +4,12 @@
 #   make test-asan  the same under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make test-tsan  the same under ThreadSanitizer
 #   make bench      run the benchmarks, then count instructions per record (callgrind)
+#   make fuzz       run each fuzz target for FUZZ_SECONDS (default 60) with clang
 JOBS ?= $(shell nproc)
 BUILD ?= build
+FUZZ_SECONDS ?= 60
 
-.PHONY: deps build demo test test-asan test-tsan bench clean
+.PHONY: deps build demo test test-asan test-tsan bench fuzz clean
 
 deps:
 	@./scripts/install-deps.sh
@@ -41,5 +43,12 @@ bench:
 	$(BUILD)/bench/mdtlm_bench
 	bench/instructions.sh $(BUILD) '^BM_(Flow|ExportFlowCache|ResultStatistic|IoService)'
 
+fuzz:
+	@./scripts/install-deps.sh build fuzz
+	cmake -S fuzz -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_C_COMPILER=clang >/dev/null
+	cmake --build build-fuzz -j$(JOBS)
+	fuzz/run.sh build-fuzz $(FUZZ_SECONDS)
+
 clean:
-	rm -rf $(BUILD) build-asan build-tsan
+	rm -rf $(BUILD) build-asan build-tsan build-fuzz

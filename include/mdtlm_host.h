@@ -120,6 +120,17 @@ void MDTLM_HOST_FaultClear(void);
 uint64_t MDTLM_HOST_CallCount(MDTLM_HOST_OP op);
 void MDTLM_HOST_CallCountReset(void);
 
+/* Platform objects that exist now, by kind: what a plug-in created and has
+ * not destroyed (for checks that nothing is left behind). */
+typedef enum MDTLM_HOST_OBJECT {
+    MDTLM_HOST_OBJECT_QUEUE,
+    MDTLM_HOST_OBJECT_EPOLL,
+    MDTLM_HOST_OBJECT_TIMER,
+    MDTLM_HOST_OBJECT_SERVER,
+    MDTLM_HOST_OBJECT_COUNT
+} MDTLM_HOST_OBJECT;
+uint32_t MDTLM_HOST_LiveObjects(MDTLM_HOST_OBJECT kind);
+
 /* ---------------------------------------------------- clock, loop and tasks */
 
 /* Manual clock: timers never expire on their own; MDTLM_HOST_TimerFire queues

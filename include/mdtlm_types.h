@@ -548,6 +548,39 @@ typedef struct MDTLM_ZELK_CACHE_REC {
     uint32_t opMode;
 } MDTLM_ZELK_CACHE_REC;
 
+/* Every way a statistics message, an add or delete request or a tick is lost
+ * or altered inside the plug-in, counted since the plug-in was loaded. All
+ * counters are u64; `MDTLM_VRALDCN_STATS_GetLossCounters` fills the record. */
+typedef struct MDTLM_LOSS_COUNTERS {
+    /* Statistics intake: what the receive callback was handed and what became of it. */
+    uint64_t recvMsgCnt;         /* messages in the batches handed to the receive callback */
+    uint64_t queuedMsgCnt;       /* messages put on the statistics queue */
+    uint64_t cutBodyCnt;         /* bodies longer than their record, queued cut to the record's size */
+    uint64_t shortBodyCnt;       /* bodies shorter than their record, refused */
+    uint64_t emptyBodyCnt;       /* null or zero-length bodies, dropped */
+    uint64_t stopNoTaskCnt;      /* entries that ended their batch: a known sensor without tasks */
+    uint64_t stopUnknownTypeCnt; /* entries that ended their batch: not a sensor type */
+    uint64_t stopBehindCnt;      /* entries dropped behind an entry that ended their batch */
+    uint64_t msgAllocFailCnt;    /* messages dropped because no buffer came or the copy failed */
+    uint64_t queueFullCnt;       /* messages dropped on a full or missing statistics queue */
+    /* Statistics queue: what left it. */
+    uint64_t handledMsgCnt;      /* messages a tick offered to the tasks of their sensor */
+    uint64_t noTaskAtTickCnt;    /* messages a tick freed because their sensor had lost its tasks */
+    uint64_t discardedAtStopCnt; /* messages still queued, freed by the full unload */
+    uint64_t leftAtStopCnt;      /* messages the full unload could not read back (buffers left) */
+    /* Event queue. */
+    uint64_t addDroppedCnt;      /* add requests answered 0 but not queued */
+    uint64_t delDroppedCnt;      /* delete requests answered 0 but not queued */
+    uint64_t tickDroppedCnt;     /* period ticks not queued (no buffer or queue full) */
+    uint64_t eventsDiscardedAtStopCnt; /* events still queued, freed unhandled by the full unload */
+    uint64_t eventsLeftAtStopCnt;      /* events the full unload could not read back (buffers left) */
+    /* Records and samples. */
+    uint64_t encodeFailCnt[MDTLM_SENSOR_COUNT]; /* records that passed a task but were not stored, per sensor */
+    uint64_t sampleNotSentCnt;   /* task buffers whose sample could not be allocated or formatted */
+    /* Platform objects. */
+    uint64_t releaseFailCnt;     /* platform objects that refused every try to release them */
+} MDTLM_LOSS_COUNTERS;
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

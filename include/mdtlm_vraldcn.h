@@ -133,6 +133,10 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_Destroy(void);
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_DestroyServer(void);
 /* Messages refused at intake because their body is shorter than the sensor's record. */
 MDTLM_EXPORT uint64_t MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(void);
+/* Messages queued with their body cut to the sensor's record size. */
+MDTLM_EXPORT uint64_t MDTLM_VRALDCN_STATS_IPC_GetCutMsgCnt(void);
+/* Every loss counter at once; 0 when filled, 1 for a null record. Safe from any thread. */
+MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetLossCounters(MDTLM_LOSS_COUNTERS *counters);
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_Create(void);
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_Push(MDTLM_STATS_MSG *msg);
 MDTLM_EXPORT MDTLM_STATS_MSG *MDTLM_VRALDCN_STATS_QUE_Pop(void);

@@ -35,12 +35,8 @@ const MDTLM_FlowCtrlTexts kEventFlowCtrl = {
     "[%s:%d][VRALDCN_EVENT_FlowCtrlProc] Illigal evt, evt: %u.",
 };
 
-/* Reads at most one element; null when the queue gave nothing. */
-bool ReadOneEvent(void *queue, void **event)
-{
-    *event = nullptr;
-    return FWM_QUE_AsyRead(queue, event, 1) >= 1;
-}
+/* Events on the queue as far as the plug-in knows. */
+MDTLM_QueueHeld g_eventQueueHeld{0};
 
 void DispatchEvent(MDTLM_EVENT_MSG *event)
 {
@@ -83,8 +79,8 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_Push(MDTLM_EVENT_MSG *event)
     if (queue == nullptr) {
         return 1;
     }
-    int32_t written = FWM_QUE_AsyWrite(queue, &event, 1);
-    if (written == 1) {
+    int32_t written = 0;
+    if (MDTLM_QueueWriteOne(queue, event, g_eventQueueHeld, &written)) {
         return 0;
     }
     MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_EVENT_Push] Write queue fail. eleCnt: %u.",
@@ -95,7 +91,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_Push(MDTLM_EVENT_MSG *event)
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_Pop(void *queue)
 {
     void *raw = nullptr;
-    if (!ReadOneEvent(queue, &raw)) {
+    if (!MDTLM_QueueReadOne(queue, &raw, g_eventQueueHeld)) {
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_EVENT_Pop] Queue no data.");
         return 0;
     }
@@ -117,18 +113,12 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_EVENT_FlowCtrlProc(uint32_t event)
 MDTLM_EXPORT void MDTLM_VRALDCN_EVENT_Destroy(void)
 {
     MDTLM_QueueDestroy(&g_mdtlmVralDcnTaskEventHdl);
+    g_eventQueueHeld.store(0, std::memory_order_relaxed); /* whatever it held went with it */
 }
 
 } /* extern "C" */
 
-void MDTLM_EventQueueDiscardAll(void)
+MDTLM_QueueReleaseResult MDTLM_EventQueueReleaseAll(void)
 {
-    void *queue = g_mdtlmVralDcnTaskEventHdl;
-    if (queue == nullptr) {
-        return;
-    }
-    void *raw = nullptr;
-    while (ReadOneEvent(queue, &raw)) {
-        MDTLM_VRALDCN_BufFree(&raw);
-    }
+    return MDTLM_QueueReleaseAll(g_mdtlmVralDcnTaskEventHdl, g_eventQueueHeld);
 }

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
 
 extern "C" {
 MDTLM_EXPORT int32_t g_mdtlmVralDcnTimerId = -1;
@@ -59,6 +61,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_PushStatsEventToQue(uint32_t secondCnt
     if (raw == nullptr) {
         MDTLM_LOG(MDTLM_LOG_FAILURE,
                   "[NTVVRALDCN_STATS_PushStatsEventToQu] Alloc memory failed, timerSecondCnt: %u.", secondCnt);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(tickDroppedCnt));
         return 1;
     }
     MDTLM_EVENT_MSG *event = static_cast<MDTLM_EVENT_MSG *>(raw);
@@ -72,6 +75,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_PushStatsEventToQue(uint32_t secondCnt
                   "[NTVVRALDCN_STATS_PushStatsEventToQu] push task to event queue failed, timerSecondCnt: %u, "
                   "ret: %u.",
                   secondCnt, ret);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(tickDroppedCnt));
         MDTLM_VRALDCN_BufFree(&raw);
     }
     return 0;
@@ -84,7 +88,14 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetTimerSecondCnt(void)
 
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_DestroyTimer(void)
 {
-    FWM_TIMER_Destroy(g_mdtlmVralDcnTimerId);
+    /* The stored id is handed over whatever it is; only a timer that exists
+     * is worth asking again when the platform refuses. */
+    const int32_t timerId = g_mdtlmVralDcnTimerId;
+    if (timerId == kNoTimer) {
+        (void)FWM_TIMER_Destroy(timerId);
+    } else {
+        (void)MDTLM_PlatformRelease("timer", [timerId] { return FWM_TIMER_Destroy(timerId); });
+    }
     g_mdtlmVralDcnTimerId = kNoTimer;
 }
 

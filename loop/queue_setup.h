@@ -7,6 +7,7 @@
 #ifndef MDTLM_LOOP_QUEUE_SETUP_H
 #define MDTLM_LOOP_QUEUE_SETUP_H
 
+#include <atomic>
 #include <cstdint>
 
 struct MDTLM_QueueSetup {
@@ -38,5 +39,25 @@ uint32_t MDTLM_QueueFlowCtrl(const MDTLM_FlowCtrlTexts &texts, uint32_t event);
 
 /* Destroys the queue if there is one and clears the handle. */
 void MDTLM_QueueDestroy(void **queue);
+
+/* Elements a queue holds as far as the plug-in knows: its successful writes
+ * minus its successful reads. Writers and the reader may be on any thread. */
+using MDTLM_QueueHeld = std::atomic<int64_t>;
+
+/* Writes one buffer pointer; true when the queue took it. */
+bool MDTLM_QueueWriteOne(void *queue, void *element, MDTLM_QueueHeld &held, int32_t *written);
+/* Reads one buffer pointer; true when the queue gave one (it may be null). */
+bool MDTLM_QueueReadOne(void *queue, void **element, MDTLM_QueueHeld &held);
+
+struct MDTLM_QueueReleaseResult {
+    uint64_t released; /* elements read back and freed */
+    uint64_t left;     /* elements the queue still holds but would not give back */
+};
+
+/* Reads every element still on the queue and frees it as a buffer. A failing
+ * read is tried again a few times before the rest is given up on; what could
+ * not be read back is reported, never guessed at. Only once nothing else
+ * reads the queue. */
+MDTLM_QueueReleaseResult MDTLM_QueueReleaseAll(void *queue, MDTLM_QueueHeld &held);
 
 #endif /* MDTLM_LOOP_QUEUE_SETUP_H */

@@ -5,13 +5,14 @@
  */
 #include <arpa/inet.h>
 
-#include <atomic>
 #include <cstdint>
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
 
 extern "C" {
 MDTLM_EXPORT void *g_mdtlmNtvVralDcnChanHandle = nullptr;
@@ -45,10 +46,6 @@ constexpr SensorRecordSize kRecordSizes[] = {
     {MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC)},
 };
 
-/* Messages refused because their body is shorter than the sensor's record.
- * Written on the worker thread, read from any thread. */
-std::atomic<uint64_t> shortMsgCnt{0};
-
 uint32_t RecordSizeOf(uint32_t sensorType)
 {
     for (const SensorRecordSize &row : kRecordSizes) {
@@ -63,6 +60,27 @@ bool IsShortBody(const MDTLM_STATS_IPC_ENTRY &entry)
 {
     /* A missing or empty body is not short: the copy step drops it silently. */
     return entry.body != nullptr && entry.msgLen != 0 && entry.msgLen < RecordSizeOf(entry.msgType);
+}
+
+/* Every handler reads exactly one record: the bytes behind it are never used,
+ * so a longer body is kept only up to the record's size. That bounds what a
+ * queued message costs whatever the sender puts in a datagram. */
+uint32_t KeptBodyLen(const MDTLM_STATS_IPC_ENTRY &entry)
+{
+    const uint32_t recordSize = RecordSizeOf(entry.msgType);
+    if (entry.body != nullptr && recordSize != 0 && entry.msgLen > recordSize) {
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(cutBodyCnt));
+        return recordSize;
+    }
+    return entry.msgLen;
+}
+
+/* Counts the entry that ended its batch and every entry behind it. */
+void CountBatchStop(const MDTLM_STATS_IPC_ENTRY &entry, uint32_t entriesBehind)
+{
+    MDTLM_LossAdd(RecordSizeOf(entry.msgType) == 0 ? MDTLM_LOSS_SLOT(stopUnknownTypeCnt)
+                                                     : MDTLM_LOSS_SLOT(stopNoTaskCnt));
+    MDTLM_LossAdd(MDTLM_LOSS_SLOT(stopBehindCnt), entriesBehind);
 }
 
 } // namespace
@@ -112,20 +130,22 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(void *context, MDTLM_S
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[STATS_IPC_RecvMsgProc] Revc msg is null.");
         return 1;
     }
+    MDTLM_LossAdd(MDTLM_LOSS_SLOT(recvMsgCnt), entryCnt);
     for (uint32_t i = 0; i < entryCnt; ++i) {
         const MDTLM_STATS_IPC_ENTRY &entry = entries[i];
         /* The first entry of a sensor without tasks ends the batch: it and
          * everything behind it are dropped before any copy. */
         if (MDTLM_VRALDCN_TASK_HasTlmTask(entry.msgType) == 0) {
+            CountBatchStop(entry, entryCnt - i - 1);
             return 0;
         }
         if (IsShortBody(entry)) {
-            shortMsgCnt.fetch_add(1, std::memory_order_relaxed);
+            MDTLM_LossAdd(MDTLM_LOSS_SLOT(shortBodyCnt));
             MDTLM_LOG(MDTLM_LOG_FAILURE, "[STATS_IPC_RecvMsgProc] Msg too short, msgType: %u, msgLen: %u.",
                       entry.msgType, entry.msgLen);
             continue;
         }
-        MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(entry.msgType, entry.body, entry.msgLen);
+        MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(entry.msgType, entry.body, KeptBodyLen(entry));
     }
     return 0;
 }
@@ -133,6 +153,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(void *context, MDTLM_S
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, const void *body, uint32_t bodyLen)
 {
     if (body == nullptr || bodyLen == 0) {
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(emptyBodyCnt));
         return;
     }
     void *raw = nullptr;
@@ -140,6 +161,7 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
         raw = MDTLM_VRALDCN_BufAlloc(static_cast<uint32_t>(sizeof(MDTLM_STATS_MSG)) + bodyLen);
     }
     if (raw == nullptr) {
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(msgAllocFailCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: %u,", bodyLen);
         return;
     }
@@ -147,6 +169,7 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
     /* The copy belongs to the library; the channel's body is never kept. */
     MDTLM_STATS_MSG *msg = static_cast<MDTLM_STATS_MSG *>(raw);
     if (memcpy_s(msg->body, bodyLen, body, bodyLen) != 0) {
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(msgAllocFailCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: %u,", bodyLen);
         MDTLM_VRALDCN_BufFree(&raw);
         return;
@@ -156,15 +179,19 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
 
     uint32_t ret = MDTLM_VRALDCN_STATS_QUE_Push(msg);
     if (ret != 0) {
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(queueFullCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Push msg to task queue failed, %u.", ret);
         MDTLM_VRALDCN_BufFree(&raw);
+        return;
     }
+    MDTLM_LossAdd(MDTLM_LOSS_SLOT(queuedMsgCnt));
 }
 
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_DestroyServer(void)
 {
     if (g_mdtlmNtvVralDcnChanHandle != nullptr) {
-        FWM_CHAN_UCServerDestory(g_mdtlmNtvVralDcnChanHandle);
+        void *server = g_mdtlmNtvVralDcnChanHandle;
+        (void)MDTLM_PlatformRelease("channel server", [server] { return FWM_CHAN_UCServerDestory(server); });
         g_mdtlmNtvVralDcnChanHandle = nullptr;
     }
 }
@@ -172,11 +199,6 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_DestroyServer(void)
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_Destroy(void)
 {
     MDTLM_VRALDCN_STATS_IPC_DestroyServer();
-}
-
-MDTLM_EXPORT uint64_t MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(void)
-{
-    return shortMsgCnt.load(std::memory_order_relaxed);
 }
 
 } /* extern "C" */

@@ -6,6 +6,7 @@
 
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
+#include "event_queue.h"
 #include "mdtlm_vraldcn.h"
 #include "queue_setup.h"
 
@@ -26,6 +27,9 @@ const MDTLM_FlowCtrlTexts kStatsFlowCtrl = {
     {"[%s:%d][TASK_QUE_FlowCtrlProc] Flow ctrl start.", "[%s:%d][TASK_QUE_FlowCtrlProc] Flow ctrl stop."},
     "[%s:%d][TASK_QUE_FlowCtrlProc] Illigal evt, evt: %u.",
 };
+
+/* Messages on the queue as far as the plug-in knows. */
+MDTLM_QueueHeld g_statsQueueHeld{0};
 
 } // namespace
 
@@ -48,8 +52,8 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_Push(MDTLM_STATS_MSG *msg)
         return 1;
     }
     /* A full queue fails at once; nothing waits for room. */
-    int32_t written = FWM_QUE_AsyWrite(g_mdtlmNtvVralDcnStatsQueHdl, &msg, 1);
-    if (written == 1) {
+    int32_t written = 0;
+    if (MDTLM_QueueWriteOne(g_mdtlmNtvVralDcnStatsQueHdl, msg, g_statsQueueHeld, &written)) {
         return 0;
     }
     MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_STATS_QUE_Push] Write queue fail. eleCnt: %u.",
@@ -62,11 +66,11 @@ MDTLM_EXPORT MDTLM_STATS_MSG *MDTLM_VRALDCN_STATS_QUE_Pop(void)
     if (g_mdtlmNtvVralDcnStatsQueHdl == nullptr) {
         return nullptr;
     }
-    MDTLM_STATS_MSG *msg = nullptr;
-    if (FWM_QUE_AsyRead(g_mdtlmNtvVralDcnStatsQueHdl, &msg, 1) < 1) {
+    void *msg = nullptr;
+    if (!MDTLM_QueueReadOne(g_mdtlmNtvVralDcnStatsQueHdl, &msg, g_statsQueueHeld)) {
         return nullptr;
     }
-    return msg;
+    return static_cast<MDTLM_STATS_MSG *>(msg);
 }
 
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc(uint32_t event)
@@ -77,6 +81,12 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_QUE_FlowCtrlProc(uint32_t event)
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_QUE_Destroy(void)
 {
     MDTLM_QueueDestroy(&g_mdtlmNtvVralDcnStatsQueHdl);
+    g_statsQueueHeld.store(0, std::memory_order_relaxed); /* whatever it held went with it */
 }
 
 } /* extern "C" */
+
+MDTLM_QueueReleaseResult MDTLM_StatsQueueReleaseAll(void)
+{
+    return MDTLM_QueueReleaseAll(g_mdtlmNtvVralDcnStatsQueHdl, g_statsQueueHeld);
+}

@@ -9,6 +9,8 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "platform_release.h"
+#include "worker.h"
 
 extern "C" {
 MDTLM_EXPORT uint32_t g_mdtlmVralDcnEpollId = UINT32_MAX;
@@ -41,6 +43,17 @@ void StoreEpollId(uint32_t id)
 }
 
 } // namespace
+
+bool MDTLM_WorkerStop(void)
+{
+    uint32_t epollId = LoadEpollId();
+    if (epollId == kNoEpoll) {
+        return true;
+    }
+    const bool stopped = MDTLM_PlatformRelease("epoll instance", [epollId] { return FWM_EPOLL_Destroy(epollId); });
+    StoreEpollId(kNoEpoll);
+    return stopped;
+}
 
 extern "C" {
 
@@ -94,11 +107,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_THREAD_StatsMain(void)
 
 MDTLM_EXPORT void MDTLM_VRALDCN_THREAD_Destroy(void)
 {
-    uint32_t epollId = LoadEpollId();
-    if (epollId != kNoEpoll) {
-        FWM_EPOLL_Destroy(epollId);
-        StoreEpollId(kNoEpoll);
-    }
+    (void)MDTLM_WorkerStop();
 }
 
 MDTLM_EXPORT uint32_t MDTLM_VRALDCN_THREAD_GetEpollId(void)

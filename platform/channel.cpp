@@ -233,6 +233,13 @@ MDTLM_PLATFORM_API uint32_t FWM_CHAN_UCServerDestory(void *server)
     return mdtlm_host::TakeAndClose(Channels(), server) ? 0 : 1;
 }
 
+uint32_t mdtlm_host::LiveServers()
+{
+    ChanTable &table = Channels();
+    std::lock_guard<std::mutex> lock(table.mu);
+    return static_cast<uint32_t>(table.live.size());
+}
+
 MDTLM_PLATFORM_API void MDTLM_HOST_ChanSetPortOverride(int enabled, uint16_t port)
 {
     ChanTable &table = Channels();

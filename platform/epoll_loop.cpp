@@ -290,6 +290,17 @@ MDTLM_PLATFORM_API uint32_t FWM_EPOLL_Destroy(uint32_t epollId)
     return 0;
 }
 
+uint32_t mdtlm_host::LiveEpolls()
+{
+    InstanceTable &table = Instances();
+    std::lock_guard<std::mutex> lock(table.mu);
+    uint32_t live = 0;
+    for (const auto &slot : table.slots) {
+        live += slot != nullptr ? 1 : 0;
+    }
+    return live;
+}
+
 MDTLM_PLATFORM_API uint32_t MDTLM_HOST_EpollPump(uint32_t epollId, int32_t timeoutMs, int drain)
 {
     std::shared_ptr<EpollInstance> instance = LookupLive(epollId);

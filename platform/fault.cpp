@@ -1,5 +1,6 @@
 /*
- * Fault injection and call counting for every platform operation.
+ * Fault injection and call counting for every platform operation, and the
+ * count of live platform objects.
  *
  * Each operation has a call counter and an optional rule "let `skip` calls
  * through, then fail the next `count`". Counting is a relaxed atomic add; the
@@ -97,4 +98,11 @@ MDTLM_PLATFORM_API void MDTLM_HOST_CallCountReset(void)
     FaultTable &t = Faults();
     for (auto &calls : t.calls)
         calls.store(0, std::memory_order_relaxed);
+}
+
+MDTLM_PLATFORM_API uint32_t MDTLM_HOST_LiveObjects(MDTLM_HOST_OBJECT kind)
+{
+    static constexpr uint32_t (*kCounters[MDTLM_HOST_OBJECT_COUNT])() = {
+        mdtlm_host::LiveQueues, mdtlm_host::LiveEpolls, mdtlm_host::LiveTimers, mdtlm_host::LiveServers};
+    return static_cast<int>(kind) >= 0 && kind < MDTLM_HOST_OBJECT_COUNT ? kCounters[kind]() : 0;
 }

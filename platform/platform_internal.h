@@ -25,6 +25,12 @@ namespace mdtlm_host {
  * fault rule claims this call, with the result to return in *result. */
 bool FaultCheck(MDTLM_HOST_OP op, int64_t *result);
 
+/* Live objects of each kind, for MDTLM_HOST_LiveObjects. */
+uint32_t LiveQueues();
+uint32_t LiveEpolls();
+uint32_t LiveTimers();
+uint32_t LiveServers();
+
 /* Takes the object `key` names out of a table of live ones (a `mu` guarding a
  * `live` map of shared pointers) and closes it once the table's lock is
  * dropped, so a close that waits for a running callback holds up no other

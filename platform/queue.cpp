@@ -343,6 +343,13 @@ MDTLM_PLATFORM_API uint32_t FWM_QUE_Destory(void *queue)
     return mdtlm_host::TakeAndClose(Queues(), queue) ? 0 : 1;
 }
 
+uint32_t mdtlm_host::LiveQueues()
+{
+    QueueTable &table = Queues();
+    std::lock_guard<std::mutex> lock(table.mu);
+    return static_cast<uint32_t>(table.live.size());
+}
+
 MDTLM_PLATFORM_API void *MDTLM_HOST_QueueFind(const char *name)
 {
     if (name == nullptr)

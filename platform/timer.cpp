@@ -185,6 +185,13 @@ MDTLM_PLATFORM_API uint32_t FWM_TIMER_Destroy(int32_t timerId)
     return mdtlm_host::TakeAndClose(Timers(), timerId) ? 0 : 1;
 }
 
+uint32_t mdtlm_host::LiveTimers()
+{
+    TimerTable &table = Timers();
+    std::lock_guard<std::mutex> lock(table.mu);
+    return static_cast<uint32_t>(table.live.size());
+}
+
 MDTLM_PLATFORM_API void MDTLM_HOST_SetManualClock(int enabled)
 {
     TimerTable &table = Timers();

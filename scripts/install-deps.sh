@@ -7,7 +7,7 @@ declare -A groups
 groups[build]="cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
                libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev"
 groups[bench]="valgrind libprotozero-dev rapidjson-dev python3-matplotlib"
-groups[fuzz]=""
+groups[fuzz]="clang libclang-rt-14-dev"
 
 wanted=("$@")
 [ ${#wanted[@]} -gt 0 ] || wanted=(build)

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 
@@ -46,6 +47,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
     MDTLM_RECORD_ENCODE_FUNC encode = json ? p->jsonEncode : p->gpbEncode;
     if (buffer == nullptr) {
         /* The tick could not allocate this task's buffers; nothing may be appended. */
+        MDTLM_LossEncodeFail(p->sensorType);
         MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat,
                             MDTLM_ENCODE_FAIL);
         return;
@@ -73,6 +75,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
         buffer->itemCnt = 0;
         buffer->dataLen = 0;
     }
+    MDTLM_LossEncodeFail(p->sensorType);
     MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat, ret);
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "mdtlm_platform.h"
+#include "platform_release.h"
 
 template <uint32_t (*CreateFn)(uint32_t, uint32_t, void **), uint32_t (*ReleaseFn)(void *)>
 class MDTLM_DbHandle {
@@ -35,7 +36,8 @@ public:
     void Release()
     {
         if (handle_ != nullptr) {
-            (void)ReleaseFn(handle_);
+            void *handle = handle_;
+            (void)MDTLM_PlatformRelease("database handle", [handle] { return ReleaseFn(handle); });
             handle_ = nullptr;
         }
     }

@@ -5,6 +5,7 @@
  */
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
@@ -93,11 +94,13 @@ void MDTLM_VRALDCN_TASK_UploadStatsDataByTask(MDTLM_SAMPLE_BUFFER *buffer, MDTLM
     if (sample == nullptr) {
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_UPLOAD_ALLOC_FAILED,
                      "[NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(task->sensorType, codeType, buffer, sample) != 0) {
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_UPLOAD_FORMAT_FAILED,
                      "[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         FreeSample(&sample);
         return;
     }
@@ -114,11 +117,13 @@ void MDTLM_VRALDCN_TASK_UploadStatsData(uint32_t sensorType, const MDTLM_SAMPLE_
     if (sample == nullptr) {
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_SENSOR_UPLOAD_ALLOC_FAILED,
                      "[UploadStatsData] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(sensorType, codeType, src, sample) != 0) {
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_SENSOR_UPLOAD_FORMAT_FAILED,
                      "[UploadStatsData] Format sampleData failed, codetype: %u.", codeType);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(sampleNotSentCnt));
         FreeSample(&sample);
         return;
     }

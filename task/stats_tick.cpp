@@ -3,6 +3,7 @@
  * queue through every task of each message's sensor, upload what the task
  * buffers still hold, then write the two database record families.
  */
+#include "loss_counters.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
 
@@ -76,6 +77,9 @@ uint32_t MDTLM_VRALDCN_STATS_UploadStatsData(void *payload, uint32_t payloadLen)
         if (MDTLM_VRALDCN_TASK_HasTlmTask(msg->msgType) != 0) {
             (void)MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg);
             ++handled;
+            MDTLM_LossAdd(MDTLM_LOSS_SLOT(handledMsgCnt));
+        } else {
+            MDTLM_LossAdd(MDTLM_LOSS_SLOT(noTaskAtTickCnt));
         }
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&msg));
     }

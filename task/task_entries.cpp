@@ -5,6 +5,7 @@
  */
 #include <cstring>
 
+#include "loss_counters.h"
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_log_lines.h"
@@ -55,6 +56,7 @@ uint32_t MDTLM_VRALDCN_AddTlmTask(uint32_t sensorType, uint32_t instanceId, uint
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_ADD_ENTRY_PUSH_FAILED,
                      "[NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: %u, taskId: %u.",
                   ret, taskId);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(addDroppedCnt));
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
     return 0;
@@ -72,6 +74,7 @@ uint32_t MDTLM_VRALDCN_DelTlmTask(uint32_t sensorType, uint32_t instanceId, uint
     if (ret != 0) {
         MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_DEL_ENTRY_PUSH_FAILED,
                      "[NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: %u.", ret);
+        MDTLM_LossAdd(MDTLM_LOSS_SLOT(delDroppedCnt));
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
     return 0;

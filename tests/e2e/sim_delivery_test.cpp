@@ -101,6 +101,10 @@ const RecordCase kRecords[] = {
     {"export-cache", 304, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 4, "recovery-mode": 2,
         "op-mode": 0)",
      {61, 62}, {61}},
+    /* A body far longer than its record: only the record is kept, and it is delivered like any other. */
+    {"export-cache", 305, R"("source-ip": "10.0.0.1", "protocol-id": 6, "state": 0, "recovery-mode": 2,
+        "op-mode": 1, "body-length": 65000)",
+     {61}, {}},
 };
 
 std::string ConfigText()
@@ -162,6 +166,25 @@ TEST(SimDelivery, EachRecordReachesExactlyThePassingTasksInOrderAndIsCounted)
     /* The short flow record is refused at intake and reported as such. */
     EXPECT_NE(run.err.find("1 short messages refused"), std::string::npos) << run.err;
     EXPECT_NE(run.err.find("sent " + std::to_string(std::size(kRecords)) + " messages"), std::string::npos)
+        << run.err;
+    /* Every message is accounted for: the short one is the only loss, and every
+     * record a task accepted but could not encode is counted for its sensor. */
+    const std::string messages = std::to_string(std::size(kRecords));
+    EXPECT_NE(run.err.find("reconciliation: channel handed " + messages + " messages (plug-in counted " + messages +
+                           "); handled by ticks " + std::to_string(std::size(kRecords) - 1) +
+                           " + still queued 0 + lost 1; unaccounted 0\n"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("altered: 1 bodies cut to their record's size"), std::string::npos) << run.err;
+    std::map<std::string, size_t> unencodable;
+    for (const RecordCase &record : kRecords) {
+        unencodable[record.sensor] += record.unencodable.size();
+    }
+    EXPECT_NE(run.err.find("records not stored (encode failures): flow " + std::to_string(unencodable["flow"]) +
+                           ", flow-hop 0, io-flow 0, result " + std::to_string(unencodable["result"]) +
+                           ", io-throughput 0, export-cache " + std::to_string(unencodable["export-cache"]) +
+                           "; samples not sent 0"),
+              std::string::npos)
         << run.err;
 
     std::vector<nlohmann::json> lines = ReadSamples(dir.File("samples.ndjson"));

@@ -34,6 +34,7 @@ void FakeFramework::Reset()
     samples_.clear();
     uploadResult_ = 0;
     uploadHook_ = nullptr;
+    logHook_ = nullptr;
 }
 
 int64_t FakeFramework::Outstanding() const
@@ -194,10 +195,23 @@ uint32_t FakeFramework::Upload(uint32_t, MDTLM_SAMPLE_BUFFER *sample)
 uint32_t FakeFramework::WriteLog(uint32_t, uint32_t level, const char *line)
 {
     FakeFramework &f = Get();
-    std::lock_guard<std::mutex> lock(f.mu_);
     std::string text = line ? line : "";
-    f.logs_.push_back({level, text, ShapeOf(text)});
+    std::function<void(uint32_t, const std::string &)> hook;
+    {
+        std::lock_guard<std::mutex> lock(f.mu_);
+        f.logs_.push_back({level, text, ShapeOf(text)});
+        hook = f.logHook_;
+    }
+    if (hook) {
+        hook(level, text);
+    }
     return 0;
+}
+
+void FakeFramework::OnLog(std::function<void(uint32_t level, const std::string &text)> hook)
+{
+    std::lock_guard<std::mutex> lock(mu_);
+    logHook_ = std::move(hook);
 }
 
 void *FakeFramework::Alloc(uint32_t, uint32_t size)

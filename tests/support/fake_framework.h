@@ -69,6 +69,9 @@ public:
     /* Called with every uploaded sample (on the uploading thread). */
     void OnUpload(std::function<void(const MDTLM_SAMPLE_BUFFER *)> hook);
 
+    /* Called with every log line, on the logging thread. */
+    void OnLog(std::function<void(uint32_t level, const std::string &text)> hook);
+
     static std::string ShapeOf(const std::string &text);
 
 private:
@@ -90,6 +93,7 @@ private:
     std::vector<CapturedSample> samples_;
     uint32_t uploadResult_ = 0;
     std::function<void(const MDTLM_SAMPLE_BUFFER *)> uploadHook_;
+    std::function<void(uint32_t, const std::string &)> logHook_;
 };
 
 #endif /* MDTLM_TEST_FAKE_FRAMEWORK_H */

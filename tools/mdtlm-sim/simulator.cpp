@@ -28,6 +28,7 @@
 #include <set>
 #include <thread>
 
+#include "loss_report.h"
 #include "mdtlm_host.h"
 
 namespace mdtlm::sim {
@@ -206,6 +207,7 @@ bool Simulator::StartPlugin()
         init = plugin_->Require<InitFunc>("MDTLM_VRALDCN_Init");
         unload_ = plugin_->Require<UnloadFunc>("MDTLM_VRALDCN_Unload");
         shortMessages_ = plugin_->Find<CounterFunc>("MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt");
+        lossCounters_ = plugin_->Find<LossCountersFunc>("MDTLM_VRALDCN_STATS_GetLossCounters");
     } catch (const std::runtime_error &e) {
         std::fprintf(stderr, "mdtlm-sim: %s\n", e.what());
         plugin_.reset();
@@ -446,6 +448,11 @@ bool Simulator::UnloadPlugin()
     if (!initialised_) {
         return true;
     }
+    /* The server goes with the unload: take its count while it is there. */
+    MDTLM_HOST_CHAN_COUNTERS channel{};
+    if (MDTLM_HOST_ChanCounters(nullptr, &channel) == 0) {
+        channelMessagesAtUnload_ = channel.messages;
+    }
     unload_();
     /* The worker thread must come back; a plug-in whose loop does not stop would hang here. */
     auto joined = std::async(std::launch::async, [] { return MDTLM_HOST_JoinTasks(); });
@@ -506,12 +513,28 @@ int Simulator::Finish(bool cleanSoFar)
         std::fprintf(stderr, "mdtlm-sim: warning: %llu framework calls carried another module id than %u\n",
                      static_cast<unsigned long long>(framework_.ForeignModuleCalls()), options_.moduleId);
     }
-    bool clean = cleanSoFar && !leaked;
+    bool accounted = ReportLosses();
+    bool clean = cleanSoFar && !leaked && accounted;
     if (clean) {
         std::fprintf(stderr, "mdtlm-sim: clean stop, %llu buffers allocated, 0 outstanding\n",
                      static_cast<unsigned long long>(state.buffers.allocations));
     }
     return clean ? kExitOk : kExitFailure;
+}
+
+bool Simulator::ReportLosses() const
+{
+    if (lossCounters_ == nullptr || !channelMessagesAtUnload_) {
+        return true; /* a plug-in without loss counters, or no channel: nothing to reconcile */
+    }
+    MDTLM_LOSS_COUNTERS losses{};
+    if (lossCounters_(&losses) != 0) {
+        return true;
+    }
+    /* After the unload nothing is queued any more: what was is counted as discarded. */
+    LossReport report = ReconcileLosses(losses, *channelMessagesAtUnload_, 0);
+    std::fprintf(stderr, "%s", report.text.c_str());
+    return report.unaccounted == 0;
 }
 
 int Simulator::Run()

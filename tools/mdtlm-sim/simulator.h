@@ -44,6 +44,7 @@ private:
     using InitFunc = uint32_t (*)(uint32_t);
     using UnloadFunc = void (*)(void);
     using CounterFunc = uint64_t (*)(void);
+    using LossCountersFunc = uint32_t (*)(MDTLM_LOSS_COUNTERS *);
 
     bool PortAvailable() const;
     bool OpenOutputs();
@@ -60,6 +61,8 @@ private:
     void DeleteTasks();
     bool UnloadPlugin();
     int Finish(bool cleanSoFar);
+    /* Prints the loss summary; false when messages are unaccounted for. */
+    bool ReportLosses() const;
 
     RunState CurrentState() const;
     double Elapsed() const;
@@ -78,6 +81,9 @@ private:
     std::unique_ptr<Plugin> plugin_;
     UnloadFunc unload_ = nullptr;
     CounterFunc shortMessages_ = nullptr;
+    LossCountersFunc lossCounters_ = nullptr;
+    /* Messages the channel had handed the plug-in when it was unloaded. */
+    std::optional<uint64_t> channelMessagesAtUnload_;
     bool initialised_ = false;
     int interrupts_ = 0;
     uint16_t port_ = 0;

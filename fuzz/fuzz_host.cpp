@@ -1,0 +1,220 @@
+#include "fuzz_host.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "fake_framework.h"
+#include "mdtlm_host.h"
+#include "mdtlm_vraldcn.h"
+#include "sample_check.h"
+
+namespace fuzz {
+namespace {
+
+constexpr uint32_t kModuleId = 7;
+
+struct SensorMaps {
+    uint32_t sensorType;
+    uint32_t recordSize;
+    const MDTLM_FILTER_MAP_ENTRY *condMap;
+    size_t condRows;
+    const MDTLM_FILTER_MAP_ENTRY *filterMap;
+    size_t filterRows;
+};
+
+template <size_t C, size_t F>
+constexpr SensorMaps Maps(uint32_t type, uint32_t size, const MDTLM_FILTER_MAP_ENTRY (&cond)[C],
+                          const MDTLM_FILTER_MAP_ENTRY (&filter)[F])
+{
+    return {type, size, cond, C, filter, F};
+}
+
+const SensorMaps kSensors[] = {
+    Maps(MDTLM_SENSOR_VRAL_FLOW, sizeof(MDTLM_FLOW_STATS_REC), g_mdTlmFlowStatsCondMap, g_mdTlmFlowStatsFilterMap),
+    Maps(MDTLM_SENSOR_VRAL_FLOWHOP, sizeof(MDTLM_FLOWHOP_STATS_REC), g_femMdTlmFlowHopStatsCondMap,
+         g_mdTlmFlowHopStatsFilterMap),
+    Maps(MDTLM_SENSOR_SRVTLM_FLOW, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), g_femMdTlmSrvtlmFlowCondMap,
+         g_femMdTlmSrvtlmFlowFilterMap),
+    Maps(MDTLM_SENSOR_QUMA_RESULT, sizeof(MDTLM_QUMA_RESULT_REC), g_femMdTlmQumaResultCondMap,
+         g_femMdTlmQumaResultFilterMap),
+    Maps(MDTLM_SENSOR_SRVTLM_FCTFLOW, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), g_femMdTlmSrvtlmFctFlowCondMap,
+         g_femMdTlmSrvtlmFctFlowFilterMap),
+    Maps(MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC), g_femMdTlmZelkCacheCondMap,
+         g_femMdTlmZelkCacheFilterMap),
+};
+
+const SensorMaps *MapsOf(uint32_t sensorType)
+{
+    for (const SensorMaps &maps : kSensors) {
+        if (maps.sensorType == sensorType) {
+            return &maps;
+        }
+    }
+    return nullptr;
+}
+
+[[noreturn]] void Fail(const std::string &what)
+{
+    std::fprintf(stderr, "fuzz check failed: %s\n", what.c_str());
+    std::abort();
+}
+
+/* A field name: one of the map's rows, or arbitrary text. */
+template <size_t N>
+void Name(char (&field)[N], const MDTLM_FILTER_MAP_ENTRY *map, size_t rows, FuzzedDataProvider &input)
+{
+    std::string name = input.ConsumeBool() && rows > 0
+                           ? std::string(map[input.ConsumeIntegralInRange<size_t>(0, rows - 1)].fieldName)
+                           : input.ConsumeRandomLengthString(N);
+    std::memset(field, 0, N);
+    std::memcpy(field, name.data(), std::min(name.size(), N));
+}
+
+void CheckSamples()
+{
+    for (const CapturedSample &sample : FakeFramework::Get().Samples()) {
+        /* Task ids are sensor * 100 + n; odd n are JSON tasks. */
+        const uint32_t sensorType = sample.header.taskId / 100;
+        const bool json = sample.header.taskId % 2 == 1;
+        std::string problem = json ? CheckJsonSample(sensorType, sample.data, sample.header.itemCnt)
+                                   : CheckGpbSample(sensorType, sample.data, sample.header.itemCnt);
+        if (!problem.empty()) {
+            Fail(problem + " (task " + std::to_string(sample.header.taskId) + ")");
+        }
+    }
+    FakeFramework::Get().ClearSamples();
+}
+
+} // namespace
+
+void Start()
+{
+    static bool prepared = [] {
+        FakeFramework::Get().Install();
+        MDTLM_HOST_SetManualTasks(1);
+        MDTLM_HOST_SetManualClock(1);
+        MDTLM_HOST_ChanSetPortOverride(1, 0);
+        return true;
+    }();
+    (void)prepared;
+    FakeFramework::Get().Reset();
+    if (MDTLM_VRALDCN_Init(kModuleId) != 0) {
+        Fail("the plug-in did not start");
+    }
+}
+
+void StopAndCheck()
+{
+    Pump(false);
+    MDTLM_VRALDCN_Unload();
+    MDTLM_HOST_JoinTasks();
+    CheckSamples();
+    if (FakeFramework::Get().Outstanding() != 0) {
+        Fail(std::to_string(FakeFramework::Get().Outstanding()) + " buffers not given back");
+    }
+    if (MDTLM_HOST_DbOpenHandles() != 0) {
+        Fail("database handles left open");
+    }
+    for (int kind = 0; kind < MDTLM_HOST_OBJECT_COUNT; ++kind) {
+        if (MDTLM_HOST_LiveObjects(static_cast<MDTLM_HOST_OBJECT>(kind)) != 0) {
+            Fail("platform objects of kind " + std::to_string(kind) + " left alive");
+        }
+    }
+    /* A release the platform refused, or a queue that kept its elements,
+     * means a handle the platform did not know: misuse. */
+    MDTLM_LOSS_COUNTERS losses{};
+    (void)MDTLM_VRALDCN_STATS_GetLossCounters(&losses);
+    if (losses.releaseFailCnt != 0 || losses.leftAtStopCnt != 0 || losses.eventsLeftAtStopCnt != 0) {
+        Fail("a platform release or queue read was refused");
+    }
+    FakeFramework::Get().ClearLogs();
+}
+
+void Pump(bool tick)
+{
+    if (tick && g_mdtlmVralDcnTimerId > 0) {
+        MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
+    }
+    if (g_mdtlmVralDcnEpollId != UINT32_MAX) {
+        MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1);
+    }
+    CheckSamples();
+}
+
+uint32_t RecordSize(uint32_t sensorType)
+{
+    const SensorMaps *maps = MapsOf(sensorType);
+    return maps != nullptr ? maps->recordSize : 0;
+}
+
+MDTLM_SENSOR_PATH_INFO PathBlock(uint32_t sensorType, FuzzedDataProvider &input)
+{
+    MDTLM_SENSOR_PATH_INFO block{};
+    const SensorMaps *maps = MapsOf(sensorType);
+    block.encodeType = input.ConsumeIntegralInRange<uint32_t>(0, 2);
+    block.sampleInterval = input.ConsumeIntegral<uint32_t>();
+    /* Counts may claim more than the block holds: the engine must bound them. */
+    block.conditionCnt = input.ConsumeIntegralInRange<uint32_t>(0, MDTLM_MAX_CONDITIONS + 2);
+    for (uint32_t i = 0; i < MDTLM_MAX_CONDITIONS && i < block.conditionCnt && input.remaining_bytes() > 0; ++i) {
+        Name(block.conditions[i].fieldName, maps->condMap, maps->condRows, input);
+        std::string value = input.ConsumeRandomLengthString(sizeof(block.conditions[i].value));
+        std::memcpy(block.conditions[i].value, value.data(), std::min(value.size(), sizeof(block.conditions[i].value)));
+    }
+    block.filterCnt = input.ConsumeIntegralInRange<uint32_t>(0, MDTLM_MAX_FILTERS + 2);
+    block.filterLogic = input.ConsumeIntegralInRange<uint32_t>(0, 2);
+    for (uint32_t i = 0; i < MDTLM_MAX_FILTERS && i < block.filterCnt && input.remaining_bytes() > 0; ++i) {
+        Name(block.filters[i].fieldName, maps->filterMap, maps->filterRows, input);
+        block.filters[i].op = input.ConsumeIntegral<uint8_t>();
+        block.filters[i].threshold = input.ConsumeIntegral<uint64_t>();
+    }
+    return block;
+}
+
+void AddTask(uint32_t sensorType, uint32_t instanceId, uint32_t taskId, const MDTLM_SENSOR_PATH_INFO &block)
+{
+    MDTLM_SENSOR_PATH_INFO copy = block;
+    /* The id says the encoding; any value but JSON's means GPB. */
+    if (taskId % 2 == 1) {
+        copy.encodeType = MDTLM_ENCODE_TYPE_JSON;
+    } else if (copy.encodeType == MDTLM_ENCODE_TYPE_JSON) {
+        copy.encodeType = MDTLM_ENCODE_TYPE_GPB;
+    }
+    (void)g_mdtlmVralDcnXpathNode[sensorType - 1].addFunc(instanceId, taskId, &copy);
+}
+
+void DelTask(uint32_t sensorType, uint32_t instanceId, uint32_t taskId)
+{
+    (void)g_mdtlmVralDcnXpathNode[sensorType - 1].delFunc(instanceId, taskId);
+}
+
+void DeliverBatch(FuzzedDataProvider &input)
+{
+    const uint32_t count = input.ConsumeIntegralInRange<uint32_t>(1, 8);
+    std::vector<std::vector<uint8_t>> bodies;
+    std::vector<MDTLM_STATS_IPC_ENTRY> entries;
+    for (uint32_t i = 0; i < count && input.remaining_bytes() > 0; ++i) {
+        const uint32_t type = input.ConsumeIntegralInRange<uint32_t>(0, 8);
+        /* Mostly the record's size, sometimes shorter or longer. */
+        uint32_t length = RecordSize(type);
+        switch (input.ConsumeIntegralInRange<int>(0, 3)) {
+        case 0:
+            length = input.ConsumeIntegralInRange<uint32_t>(0, 2 * length + 16);
+            break;
+        case 1:
+            length = input.ConsumeIntegralInRange<uint32_t>(0, 65499);
+            break;
+        default:
+            break;
+        }
+        bodies.push_back(input.ConsumeBytes<uint8_t>(length));
+        bodies.back().resize(length); /* the input may run short: zeros behind it */
+        entries.push_back({length == 0 && input.ConsumeBool() ? nullptr : bodies.back().data(), type, length});
+    }
+    if (!entries.empty()) {
+        (void)MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), static_cast<uint32_t>(entries.size()));
+    }
+}
+
+} // namespace fuzz
