@@ -5,26 +5,12 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
 #include "cli_args.h"
+#include "install_paths.h"
 #include "mdtlm_version.h"
 
 namespace mdtlm::sim {
-namespace {
-
-/* The plug-in built next to this program's directory: <build>/tools/mdtlm-sim -> <build>/libmdtlm_vraldcn.so */
-std::string DefaultPluginPath()
-{
-    std::error_code error;
-    std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) {
-        return "libmdtlm_vraldcn.so";
-    }
-    return (self.parent_path() / ".." / "libmdtlm_vraldcn.so").lexically_normal().string();
-}
-
-} // namespace
 
 void PrintUsage(FILE *out)
 {
@@ -32,7 +18,7 @@ void PrintUsage(FILE *out)
                  "usage: mdtlm-sim --config FILE [options]\n"
                  "Plays the telemetry framework and the forwarding side around libmdtlm_vraldcn.so.\n"
                  "  --config FILE        tasks and generator settings (JSON)\n"
-                 "  --plugin PATH        the plug-in (default: ../libmdtlm_vraldcn.so next to this program)\n"
+                 "  --plugin PATH        the plug-in (default: the installed one, or the build tree's)\n"
                  "  --duration SECONDS   run time (default: until Ctrl-C; with --records: until delivered)\n"
                  "  --port N             statistics channel port (default 32090; 0: any free port)\n"
                  "  --records FILE       send these records (mdtlm-send format) instead of generated ones\n"
@@ -40,7 +26,7 @@ void PrintUsage(FILE *out)
                  "  --out FILE           write every sample as one JSON line\n"
                  "  --db FILE            object database file, recreated at start (default mdtlm-sim.db)\n"
                  "  --log FILE           also write the plug-in's log lines here\n"
-                 "  --proto-dir DIR      schemas that decode GPB samples (default: the source tree's proto/)\n"
+                 "  --proto-dir DIR      schemas that decode GPB samples (default: the installed ones, or the source tree's)\n"
                  "  --gpb-format text|json  how GPB samples are printed (default text)\n"
                  "  --compact            one line per printed sample\n"
                  "  --quiet              print no samples\n"
@@ -54,7 +40,7 @@ Options ParseOptions(int argc, char **argv)
     using tools::ParseUnsigned;
     Options options;
     options.plugin = DefaultPluginPath();
-    options.protoDir = MDTLM_SIM_PROTO_DIR;
+    options.protoDir = DefaultProtoDir();
     tools::ArgReader args(argc, argv);
     std::string value;
     while (!args.Done()) {
