@@ -11,11 +11,6 @@
 namespace mdtlm::check {
 namespace {
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 constexpr uint8_t kGuard = 0xA5;
 
 void CheckMemcpy(const PlatformApi &api, const CheckSettings &, Findings &findings)

@@ -19,11 +19,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 struct Message {
     uint32_t type;
     std::vector<uint8_t> body;

@@ -15,11 +15,6 @@
 namespace mdtlm::check {
 namespace {
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 constexpr uint32_t kFirstId = 0xFFFF0000u;
 
 MDTLM_DB_KEY_DESC KeyDesc()

@@ -14,11 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 std::atomic<bool> g_taskRan{false};
 std::atomic<std::thread::id> g_taskThread{};
 

@@ -42,11 +42,6 @@ private:
     void *handle_;
 };
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 void CheckCreate(const PlatformApi &api, const CheckSettings &, Findings &findings)
 {
     int32_t epollId = api.FWM_EPOLL_Create();

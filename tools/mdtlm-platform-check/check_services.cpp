@@ -7,11 +7,6 @@
 namespace mdtlm::check {
 namespace {
 
-std::string Str(int64_t value)
-{
-    return std::to_string(value);
-}
-
 void CheckRegistry(const PlatformApi &api, const CheckSettings &, Findings &findings)
 {
     void *table = nullptr;

@@ -58,6 +58,12 @@ std::span<const Rule> BoundsRules();
 /* Every rule, area after area. */
 std::vector<Rule> AllRules();
 
+/* A number as findings print it. */
+inline std::string Str(int64_t value)
+{
+    return std::to_string(value);
+}
+
 /* Polls `done` every millisecond until it holds or `timeout` passes. */
 bool WaitFor(const std::function<bool()> &done, std::chrono::milliseconds timeout);
 
