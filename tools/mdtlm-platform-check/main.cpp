@@ -46,13 +46,8 @@ Options ParseOptions(int argc, char **argv)
     tools::ArgReader args(argc, argv);
     std::string value;
     while (!args.Done()) {
-        if (args.Flag("--help") || args.Flag("-h")) {
-            Usage(stdout);
-            std::exit(0);
-        } else if (args.Flag("--version")) {
-            std::printf("mdtlm-platform-check %s\n", MDTLM_VERSION_STRING);
-            std::exit(0);
-        } else if (args.Flag("--list")) {
+        tools::ExitOnInfoFlag(args, "mdtlm-platform-check", Usage);
+        if (args.Flag("--list")) {
             options.list = true;
         } else if (args.Option("--only", value)) {
             options.only.push_back(value);
