@@ -90,10 +90,13 @@ std::string RunOne(const Rule &rule, const PlatformApi &api, const CheckSettings
         return report + "the check crashed with signal " + std::to_string(WTERMSIG(status)) + " (" +
                strsignal(WTERMSIG(status)) + ")\n";
     }
-    if (WEXITSTATUS(status) != 0 && report.empty()) {
-        return "the check failed without a finding\n";
+    int code = WEXITSTATUS(status);
+    if (code != 0 && code != 1) {
+        /* Neither verdict: something in the process ended it (an exit inside
+         * the platform, or a sanitizer's report). */
+        return report + "the check process exited with status " + std::to_string(code) + "\n";
     }
-    return WEXITSTATUS(status) == 0 ? std::string() : report;
+    return code == 0 ? std::string() : report;
 }
 
 } // namespace
