@@ -5,7 +5,7 @@
 #                   pkg-config and CMake package files under DIR (default /usr/local)
 #   make test-asan  the same under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make test-tsan  the same under ThreadSanitizer
-#   make bench      run the benchmarks
+#   make bench      run the benchmarks, then count instructions per record (callgrind)
 JOBS ?= $(shell nproc)
 BUILD ?= build
 PREFIX ?= /usr/local
@@ -47,8 +47,14 @@ test-tsan: deps
 	cmake --build build-tsan -j$(JOBS)
 	ctest --test-dir build-tsan --output-on-failure -j$(JOBS)
 
-bench: build
+# The peers that need the bench package group are compiled in once it is
+# installed; the instruction counts need valgrind from the same group.
+bench:
+	@./scripts/install-deps.sh build bench
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	cmake --build $(BUILD) -j$(JOBS) --target mdtlm_bench
 	$(BUILD)/bench/mdtlm_bench
+	bench/instructions.sh $(BUILD) '^BM_(Flow|ExportFlowCache|ResultStatistic|IoService)'
 
 clean:
 	rm -rf $(BUILD) build-asan build-tsan

@@ -14,10 +14,20 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "mdtlm_vraldcn.h"
 
 constexpr int32_t kBenchSampleSize = static_cast<int32_t>(MDTLM_SAMPLE_DATA_SIZE);
+
+/* Every benchmark's measured work, one record per call and never inlined, so
+ * that bench/instructions.sh can count the instructions spent inside it with
+ * callgrind (--toggle-collect) and divide them by its calls. */
+template <typename Write, typename... Args>
+__attribute__((noinline)) auto MDTLM_BenchOneRecord(Write &write, Args &&...args)
+{
+    return write(std::forward<Args>(args)...);
+}
 
 /* Runs `write(out, cap)` once per iteration at a running offset of the buffer,
  * starting over at offset 0 when less than `room` bytes would remain. A result
@@ -32,7 +42,7 @@ void BenchAppendLoop(benchmark::State &state, int32_t room, int32_t smallestResu
         if (used > kBenchSampleSize - room) {
             used = 0;
         }
-        const int32_t ret = write(buffer + used, kBenchSampleSize - used);
+        const int32_t ret = MDTLM_BenchOneRecord(write, buffer + used, kBenchSampleSize - used);
         if (ret < smallestResult) {
             state.SkipWithError(failure);
             break;
@@ -66,7 +76,7 @@ void BenchStreamLoop(benchmark::State &state, int32_t room, Write write)
             array.emplace(buffer, kBenchSampleSize);
             stream.emplace(&*array);
         }
-        write(*stream);
+        MDTLM_BenchOneRecord(write, *stream);
         benchmark::DoNotOptimize(buffer);
     }
 }

@@ -28,6 +28,12 @@
 #include <vector>
 
 #include "bench_support.h"
+#include "export_flow_caches.pb.h"
+#include "flow_records.h"
+#include "generated_peer.h"
+#include "io_service_flow_statistics.pb.h"
+#include "io_service_flow_throughput.pb.h"
+#include "result_statistics.pb.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
@@ -48,16 +54,8 @@ struct Texts {
     std::string_view acl, warn;
 };
 
-void Ipv4Text(uint32_t a, char (&out)[40])
-{
-    std::snprintf(out, sizeof(out), "%u.%u.%u.%u", a >> 24, (a >> 16) & 0xFF, (a >> 8) & 0xFF, a & 0xFF);
-}
-
-void Ipv6Text(const uint32_t *w, char (&out)[40])
-{
-    std::snprintf(out, sizeof(out), "%x:%x:%x:%x:%x:%x:%x:%x", w[0] >> 16, w[0] & 0xFFFF, w[1] >> 16, w[1] & 0xFFFF,
-                  w[2] >> 16, w[2] & 0xFFFF, w[3] >> 16, w[3] & 0xFFFF);
-}
+void Ipv4Text(uint32_t a, char (&out)[40]) { flow_bench::FormatAddress(&a, false, out); }
+void Ipv6Text(const uint32_t *w, char (&out)[40]) { flow_bench::FormatAddress(w, true, out); }
 
 void AddressTexts(uint32_t family, const uint32_t *src, const uint32_t *dst, Texts &t)
 {
@@ -389,7 +387,111 @@ void RunJsonReference(benchmark::State &state, const Rec &rec, const Sensor<Rec>
     }
 }
 
-#define MDTLM_SENSOR_BENCH(Name, sensor, makeRecord)                                                             \
+/* ------------------------------------------- peer: Google's generated classes */
+
+void Fill(const MDTLM_ZELK_CACHE_REC &r, const Texts &t, mdtlm::zelk::Sample &s)
+{
+    auto *list = s.mutable_export_flow_caches();
+    auto *m = list->export_flow_cache_size() > 0 ? list->mutable_export_flow_cache(0) : list->add_export_flow_cache();
+    m->set_slot_id(t.slot);
+    m->set_source_ip(t.src);
+    m->set_destination_ip(t.dst);
+    m->set_protocol_id(r.protocolId);
+    m->set_l4_source_port(r.l4SourcePort);
+    m->set_l4_destination_port(r.l4DestinationPort);
+    m->set_if_index(r.ifIndex);
+    m->set_detect_timestamp_second(r.detectTimestampSecond);
+    m->set_state(r.state);
+    m->set_seed(r.seed);
+    m->set_recovery_count(r.recoveryCount);
+    m->set_sequence_number(r.sequenceNumber);
+    m->set_recovery_mode(r.recoveryMode);
+    m->set_op_mode(r.opMode);
+}
+
+void Fill(const MDTLM_QUMA_RESULT_REC &r, const Texts &t, mdtlm::quma::Sample &s)
+{
+    auto *list = s.mutable_result_statistic();
+    auto *m = list->result_statistic_size() > 0 ? list->mutable_result_statistic(0) : list->add_result_statistic();
+    m->set_id(r.id);
+    m->set_period_id(r.periodId);
+    m->set_protocol(r.protocol);
+    m->set_rule_id(r.ruleId);
+    m->set_acl_number(r.aclNumber);
+    m->set_acl_name(t.acl.data(), t.acl.size());
+    m->set_vxlan_reserved_value(r.vxlanReservedValue);
+    m->set_vxlan_reserved_value_second(r.vxlanReservedValueSecond);
+    m->set_input_packets(r.inputPackets);
+    m->set_output_packets(r.outputPackets);
+    m->set_warn_info(t.warn.data(), t.warn.size());
+    m->set_time_stamp(r.timeStamp);
+}
+
+void Fill(const MDTLM_SRVTLM_FLOW_STATS_REC &r, const Texts &t, mdtlm::srvtlmflow::Sample &s)
+{
+    auto *list = s.mutable_flow_statistics();
+    auto *m = list->flow_statistic_size() > 0 ? list->mutable_flow_statistic(0) : list->add_flow_statistic();
+    m->set_access_type(r.accessType);
+    m->set_address_family(r.addressFamily);
+    m->set_source_ip(t.src);
+    m->set_destination_ip(t.dst);
+    m->set_logical_unit_num(r.logicalUnitNum);
+    m->set_period_id(r.periodId);
+    m->set_if_index(r.ifIndex);
+    m->set_measure_mode(r.measureMode);
+    m->set_read_io_avg_latency(r.readIoAvgLatency);
+    m->set_read_dal(r.readDal);
+    m->set_read_iops(r.readIops);
+    m->set_read_io_avg_size(r.readIoAvgSize);
+    m->set_read_pending_io_cnt(r.readPendingIoCnt);
+    m->set_write_io_avg_latency(r.writeIoAvgLatency);
+    m->set_write_dal(r.writeDal);
+    m->set_write_dpl(r.writeDpl);
+    m->set_write_iops(r.writeIops);
+    m->set_write_io_avg_size(r.writeIoAvgSize);
+    m->set_write_pending_io_cnt(r.writePendingIoCnt);
+    m->set_error_info(r.errorInfo);
+    m->set_interval(r.interval);
+    m->set_sequence_number(r.sequenceNumber);
+}
+
+void Fill(const MDTLM_SRVTLM_FCTFLOW_STATS_REC &r, const Texts &t, mdtlm::srvtlmfct::Sample &s)
+{
+    auto *list = s.mutable_flow_throughput_statistics();
+    auto *m = list->flow_throughput_statistic_size() > 0 ? list->mutable_flow_throughput_statistic(0)
+                                                         : list->add_flow_throughput_statistic();
+    m->set_address_family(r.addressFamily);
+    m->set_source_ip(t.src);
+    m->set_destination_ip(t.dst);
+    m->set_period_id(r.periodId);
+    m->set_slot_id(t.slot);
+    m->set_source_if_index(r.srcIfIndex);
+    m->set_destination_if_index(r.dstIfIndex);
+    m->set_interface_change_status(r.interfaceChangeStatus);
+    m->set_fct_max(r.fctMax);
+    m->set_fct_min(r.fctMin);
+    m->set_fct_mean(r.fctMean);
+    m->set_fet_max(r.fetMax);
+    m->set_fet_min(r.fetMin);
+    m->set_fet_mean(r.fetMean);
+    m->set_nak_packet_number(r.nakPacketNumber);
+    m->set_rdma_packet_number(r.rdmaPacketNumber);
+    m->set_rdma_message_number(r.rdmaMessageNumber);
+    m->set_error_info(r.errorInfo);
+    m->set_sequence_number(r.sequenceNumber);
+}
+
+template <typename Sample, typename Rec>
+void RunGenerated(benchmark::State &state, const Rec &rec, const Sensor<Rec> &sensor)
+{
+    RunGeneratedPeer<Sample>(state, kRoomKept, rec, sensor.gpb, [&](Sample &sample) {
+        Texts t{};
+        MakeTexts(rec, t);
+        Fill(rec, t, sample);
+    });
+}
+
+#define MDTLM_SENSOR_BENCH(Name, sensor, makeRecord, SampleType)                                                             \
     void BM_##Name##_Gpb(benchmark::State &state) { RunOurs(state, makeRecord(state.range(0)), sensor.gpb); }   \
     void BM_##Name##_Gpb_Reference(benchmark::State &state)                                                    \
     {                                                                                                          \
@@ -399,28 +501,36 @@ void RunJsonReference(benchmark::State &state, const Rec &rec, const Sensor<Rec>
     void BM_##Name##_Json_Reference(benchmark::State &state)                                                   \
     {                                                                                                          \
         RunJsonReference(state, makeRecord(state.range(0)), sensor);                                           \
+    }                                                                                                          \
+    void BM_##Name##_Gpb_Generated(benchmark::State &state)                                                    \
+    {                                                                                                          \
+        RunGenerated<SampleType>(state, makeRecord(state.range(0)), sensor);                                   \
     }
 
-MDTLM_SENSOR_BENCH(ExportFlowCache, kZelk, ZelkRecord)
-MDTLM_SENSOR_BENCH(ResultStatistic, kQuma, QumaRecord)
-MDTLM_SENSOR_BENCH(IoServiceFlow, kSrvtlm, SrvtlmRecord)
-MDTLM_SENSOR_BENCH(IoServiceThroughput, kFct, FctRecord)
+MDTLM_SENSOR_BENCH(ExportFlowCache, kZelk, ZelkRecord, mdtlm::zelk::Sample)
+MDTLM_SENSOR_BENCH(ResultStatistic, kQuma, QumaRecord, mdtlm::quma::Sample)
+MDTLM_SENSOR_BENCH(IoServiceFlow, kSrvtlm, SrvtlmRecord, mdtlm::srvtlmflow::Sample)
+MDTLM_SENSOR_BENCH(IoServiceThroughput, kFct, FctRecord, mdtlm::srvtlmfct::Sample)
 
 /* Argument: address family (0 IPv4, 1 IPv6) where the record has one. */
 BENCHMARK(BM_ExportFlowCache_Gpb)->Arg(0);
 BENCHMARK(BM_ExportFlowCache_Gpb_Reference)->Arg(0);
+BENCHMARK(BM_ExportFlowCache_Gpb_Generated)->Arg(0);
 BENCHMARK(BM_ExportFlowCache_Json)->Arg(0);
 BENCHMARK(BM_ExportFlowCache_Json_Reference)->Arg(0);
 BENCHMARK(BM_ResultStatistic_Gpb)->Arg(0);
 BENCHMARK(BM_ResultStatistic_Gpb_Reference)->Arg(0);
+BENCHMARK(BM_ResultStatistic_Gpb_Generated)->Arg(0);
 BENCHMARK(BM_ResultStatistic_Json)->Arg(0);
 BENCHMARK(BM_ResultStatistic_Json_Reference)->Arg(0);
 BENCHMARK(BM_IoServiceFlow_Gpb)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceFlow_Gpb_Reference)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceFlow_Gpb_Generated)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceFlow_Json)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceFlow_Json_Reference)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceThroughput_Gpb)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceThroughput_Gpb_Reference)->Arg(0)->Arg(1);
+BENCHMARK(BM_IoServiceThroughput_Gpb_Generated)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceThroughput_Json)->Arg(0)->Arg(1);
 BENCHMARK(BM_IoServiceThroughput_Json_Reference)->Arg(0)->Arg(1);
 

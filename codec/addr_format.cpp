@@ -5,15 +5,15 @@
  *   IPv6  eight lower-case hex groups, no "::"        "2001:db8:0:0:0:0:0:1"
  *   MAC   three groups of four upper-case hex digits  "001A-2B3C-4D5E"
  * Each converter first demands a minimum capacity (32, 40, 18 bytes), then
- * formats. They return 0 on success and 1 on failure, and log nothing.
- * The last number of an address is written without its separator, so the
- * longest IPv6 text (39 characters and the NUL) fits the 40-byte floor.
+ * writes the text digit by digit: the floor is above the longest text and
+ * its NUL (16, 40 and 15 bytes), so once it is met every character fits.
+ * They return 0 on success and 1 on failure, and log nothing.
  */
 #include <stdint.h>
 #include <string.h>
 
-#include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "number_text.h"
 
 namespace {
 
@@ -36,17 +36,10 @@ constexpr Ipv6Group kIpv6Groups[] = {{0, 16}, {0, 0}, {1, 16}, {1, 0}, {2, 16}, 
 
 constexpr char kUpperHex[] = "0123456789ABCDEF";
 
-/* Appends one formatted number at *pos; false when it does not fit. */
-bool Append(char **pos, uint32_t *left, const char *format, uint32_t value)
-{
-    const int ret = sprintf_s(*pos, *left, format, value);
-    if (ret < 0) {
-        return false;
-    }
-    *pos += ret;
-    *left -= static_cast<uint32_t>(ret);
-    return true;
-}
+/* The longest texts and their NUL, which the floors must hold. */
+static_assert(kIpv4MinCap >= 4 * (3 + 1), "IPv4 floor below the longest text");
+static_assert(kIpv6MinCap >= 8 * (MDTLM_HEX_MAX_DIGITS_32 / 2 + 1), "IPv6 floor below the longest text");
+static_assert(kMacMinCap >= 15, "MAC floor below the longest text");
 
 } // namespace
 
@@ -58,14 +51,11 @@ uint32_t MDTLM_VRALDCN_ConvertIpv4AddrToStr(uint32_t addr, char *out, uint32_t c
         return kFailed;
     }
     char *pos = out;
-    uint32_t left = cap;
-    constexpr uint32_t count = sizeof(kIpv4Shifts) / sizeof(kIpv4Shifts[0]);
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t octet = (addr >> kIpv4Shifts[i]) & 0xffu;
-        if (!Append(&pos, &left, i + 1 < count ? "%u." : "%u", octet)) {
-            return kFailed;
-        }
+    for (uint32_t shift : kIpv4Shifts) {
+        pos += MDTLM_PutDecimal(pos, (addr >> shift) & 0xffu);
+        *pos++ = '.';
     }
+    pos[-1] = '\0'; /* the last octet has no separator */
     return 0;
 }
 
@@ -77,14 +67,11 @@ uint32_t MDTLM_VRALDCN_ConvertIpv6AddrToStr(const void *addr, char *out, uint32_
     uint32_t words[4];
     memcpy(words, addr, sizeof(words)); /* records need not align the address */
     char *pos = out;
-    uint32_t left = cap;
-    constexpr uint32_t count = sizeof(kIpv6Groups) / sizeof(kIpv6Groups[0]);
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t group = (words[kIpv6Groups[i].word] >> kIpv6Groups[i].shift) & 0xffffu;
-        if (!Append(&pos, &left, i + 1 < count ? "%x:" : "%x", group)) {
-            return kFailed;
-        }
+    for (const Ipv6Group &g : kIpv6Groups) {
+        pos += MDTLM_PutHexLower(pos, (words[g.word] >> g.shift) & 0xffffu);
+        *pos++ = ':';
     }
+    pos[-1] = '\0'; /* the last group has no separator */
     return 0;
 }
 

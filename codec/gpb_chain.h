@@ -30,6 +30,9 @@
 
 #include <stdint.h>
 
+#include <string.h>
+
+#include "gpb_wire.h"
 #include "mdtlm_vraldcn.h"
 
 struct MDTLM_GPB_CHAIN {
@@ -58,23 +61,52 @@ struct MDTLM_GPB_CHAIN {
         return *this;
     }
 
-    /* Unsigned integer field (wire type 0); 32-bit values are zero-extended. */
+    /* Unsigned integer field (wire type 0); 32-bit values are zero-extended.
+     * With room for the longest key and value the bytes are stored here;
+     * otherwise the exported writer tests every byte and logs a refusal. */
     MDTLM_GPB_CHAIN &Int(uint32_t field, uint64_t value)
     {
-        return err != 0 ? *this : Add(MDTLM_VRALDCN_GPB_EncodeInterger(field, value, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && Room() >= MDTLM_GPB_KEY_MAX_BYTES + MDTLM_GPB_VARINT_MAX_BYTES) {
+            IntInRoom(field, value);
+            return *this;
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeInterger(field, value, Here(), Room()));
     }
 
-    /* Text field (wire type 2) holding the NUL-terminated text without its NUL. */
+    /* Text field (wire type 2) holding the NUL-terminated text without its NUL;
+     * stored here when key, length and text fit, else by the exported writer. */
     MDTLM_GPB_CHAIN &Str(uint32_t field, const char *text)
     {
-        return err != 0 ? *this : Add(MDTLM_VRALDCN_GPB_EncodeString(field, text, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && text != nullptr) {
+            const size_t len = strlen(text);
+            if (len <= static_cast<size_t>(INT32_MAX) - 2 * MDTLM_GPB_KEY_MAX_BYTES &&
+                static_cast<int64_t>(Room()) >= static_cast<int64_t>(len) + 2 * MDTLM_GPB_KEY_MAX_BYTES) {
+                PutInRoom(field, reinterpret_cast<const uint8_t *>(text), static_cast<uint32_t>(len));
+                return *this;
+            }
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeString(field, text, Here(), Room()));
     }
 
-    /* Length-delimited field (wire type 2) holding `len` bytes. */
+    /* Length-delimited field (wire type 2) holding `len` bytes; stored here
+     * when key, length and bytes fit, else by the exported writer. */
     MDTLM_GPB_CHAIN &Bytes(uint32_t field, const uint8_t *bytes, uint32_t len)
     {
-        return err != 0 ? *this
-                        : Add(MDTLM_VRALDCN_GPB_EncodeLengthDelimited(field, bytes, len, Here(), Room()));
+        if (err != 0) {
+            return *this;
+        }
+        if (out != nullptr && bytes != nullptr &&
+            static_cast<int64_t>(Room()) >= static_cast<int64_t>(len) + 2 * MDTLM_GPB_KEY_MAX_BYTES) {
+            PutInRoom(field, bytes, len);
+            return *this;
+        }
+        return Add(MDTLM_VRALDCN_GPB_EncodeLengthDelimited(field, bytes, len, Here(), Room()));
     }
 
     /* A group writer `int32_t fn(const Rec *record, uint8_t *out, int32_t cap)`
@@ -83,6 +115,24 @@ struct MDTLM_GPB_CHAIN {
     MDTLM_GPB_CHAIN &Group(Fn fn, const Rec *record)
     {
         return err != 0 ? *this : Add(fn(record, Here(), Room()));
+    }
+
+    /* Key and value of an integer field, the room tested by the caller. */
+    void IntInRoom(uint32_t field, uint64_t value)
+    {
+        uint8_t *at = Here();
+        const int32_t keyLen = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_VARINT, at);
+        used += keyLen + MDTLM_GPB_PutVarintInRoom(value, at + keyLen);
+    }
+
+    /* Key, length and bytes of a length-delimited field, the room tested by the caller. */
+    void PutInRoom(uint32_t field, const uint8_t *bytes, uint32_t len)
+    {
+        uint8_t *at = Here();
+        int32_t n = MDTLM_GPB_PutVarintInRoom((field << 3) | MDTLM_GPB_WIRE_LENGTH_DELIMITED, at);
+        n += MDTLM_GPB_PutVarintInRoom(len, at + n);
+        memcpy(at + n, bytes, len);
+        used += n + static_cast<int32_t>(len);
     }
 
     /* The chain's result: the first negative result, or the bytes written. */

@@ -3,6 +3,7 @@
  */
 #include "gpb_frame.h"
 
+#include "gpb_chain.h"
 #include "mdtlm_types.h"
 #include "mdtlm_vraldcn.h"
 
@@ -26,12 +27,11 @@ int32_t MDTLM_GPB_FrameRecord(MDTLM_GPB_BODY_FUNC body, const void *record, uint
         return bodyLen;
     }
 
-    const int32_t entryLen = MDTLM_VRALDCN_GPB_EncodeLengthDelimited(
-        kRecordField, scratch1, static_cast<uint32_t>(bodyLen), scratch2, kScratchCap);
+    const int32_t entryLen =
+        MDTLM_GPB_CHAIN(scratch2, kScratchCap).Bytes(kRecordField, scratch1, static_cast<uint32_t>(bodyLen)).Result();
     if (entryLen < 0) {
         return entryLen;
     }
 
-    return MDTLM_VRALDCN_GPB_EncodeLengthDelimited(containerField, scratch2, static_cast<uint32_t>(entryLen), out,
-                                                   cap);
+    return MDTLM_GPB_CHAIN(out, cap).Bytes(containerField, scratch2, static_cast<uint32_t>(entryLen)).Result();
 }

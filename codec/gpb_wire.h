@@ -38,6 +38,24 @@ inline int32_t MDTLM_GPB_PutVarint(uint64_t value, uint8_t *out, int32_t cap)
     return written;
 }
 
+/* The most bytes a key (a 32-bit varint) and a 64-bit varint take. */
+#define MDTLM_GPB_KEY_MAX_BYTES 5
+#define MDTLM_GPB_VARINT_MAX_BYTES 10
+
+/* Stores `value` as a varint at `out` without testing the room: for callers
+ * that have tested it for MDTLM_GPB_VARINT_MAX_BYTES (or the value's own
+ * bound). The bytes are those of MDTLM_GPB_PutVarint. */
+inline int32_t MDTLM_GPB_PutVarintInRoom(uint64_t value, uint8_t *out)
+{
+    int32_t written = 0;
+    while (value > 0x7fu) {
+        out[written++] = static_cast<uint8_t>((value & 0x7fu) | 0x80u);
+        value >>= 7;
+    }
+    out[written++] = static_cast<uint8_t>(value);
+    return written;
+}
+
 /* Stores a field key; a key that does not fit is logged here, in the words
  * every writer uses for it. */
 inline int32_t MDTLM_GPB_PutKey(uint32_t fieldId, uint32_t wireType, uint8_t *out, int32_t cap)

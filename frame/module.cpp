@@ -33,14 +33,20 @@ constexpr StartupStep kStartupSteps[] = {
     {MDTLM_VRALDCN_STATS_Init, "[%s:%d][VRALDCN_Init] stats init failed, ret: %u."},
 };
 
-/* Asks the component registry for the table. The pointer is kept whatever the
- * registry answered; the binding holds only with result 0 and a table. */
+/* Asks the component registry for the table; the binding holds only with
+ * result 0 and a table. Once a table is bound it stays bound: an attempt that
+ * fails keeps it, whatever the registry left in its output. Before that, the
+ * output is taken as the registry left it, so a failed first attempt that
+ * still handed out a table can report its failure through it. */
 bool BindFrameworkTable()
 {
-    void *table = nullptr;
-    uint32_t ret = COMP_GetVTable(kFrameworkComponentId, kFrameworkInterfaceId, &table);
-    g_vralDcnTlmFrmVtbl = static_cast<MDTLM_FRM_VTBL *>(table);
-    return ret == 0 && g_vralDcnTlmFrmVtbl != nullptr;
+    void *table = g_vralDcnTlmFrmVtbl;
+    const uint32_t ret = COMP_GetVTable(kFrameworkComponentId, kFrameworkInterfaceId, &table);
+    const bool bound = ret == 0 && table != nullptr;
+    if (bound || g_vralDcnTlmFrmVtbl == nullptr) {
+        g_vralDcnTlmFrmVtbl = static_cast<MDTLM_FRM_VTBL *>(table);
+    }
+    return bound;
 }
 
 } // namespace

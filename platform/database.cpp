@@ -1,6 +1,9 @@
 /*
  * The object database on SQLite: one connection for the process, serialised
- * by a lock, opened in memory on first use unless a host named a file.
+ * by a lock, opened in memory on first use unless a host named a file. Each
+ * statement an operation needs is prepared once per connection, kept, and
+ * reset after every use: the tick writes the same few statements for every
+ * task, and preparing them cost more than running them.
  *
  * Records move between their byte layout and the table's columns here:
  * u32 and u64 fields are INTEGER columns (a u64 keeps its bits in SQLite's
@@ -10,8 +13,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <string>
+#include <tuple>
 
 #include "db_schema.h"
 #include "mdtlm_platform.h"
@@ -46,9 +52,59 @@ private:
     sqlite3_stmt *stmt_ = nullptr;
 };
 
+/* What a kept statement does: the operation, its object kind and, for
+ * updates, the columns it sets. */
+enum class StatementOp { Store, Load, Update, Exists, Remove, Truncate };
+
+struct StatementKey {
+    const DbObjectKind *kind;
+    StatementOp op;
+    uint64_t columns;
+    bool operator<(const StatementKey &o) const
+    {
+        return std::tie(kind, op, columns) < std::tie(o.kind, o.op, o.columns);
+    }
+};
+
 struct Connection {
     std::mutex mu;
     sqlite3 *db = nullptr;
+    std::map<StatementKey, sqlite3_stmt *> prepared; /* finalised when the connection closes */
+};
+
+/* One use of a kept statement, prepared from `sql()` on first use; reset and
+ * its bindings cleared when the use ends, on every path. */
+class KeptStatement {
+public:
+    KeptStatement(Connection &c, const StatementKey &key, const std::function<std::string()> &sql)
+    {
+        auto found = c.prepared.find(key);
+        if (found != c.prepared.end()) {
+            stmt_ = found->second;
+            return;
+        }
+        if (sqlite3_prepare_v3(c.db, sql().c_str(), -1, SQLITE_PREPARE_PERSISTENT, &stmt_, nullptr) != SQLITE_OK) {
+            sqlite3_finalize(stmt_);
+            stmt_ = nullptr;
+            return;
+        }
+        c.prepared.emplace(key, stmt_);
+    }
+    ~KeptStatement()
+    {
+        if (stmt_ != nullptr) {
+            sqlite3_reset(stmt_);
+            sqlite3_clear_bindings(stmt_);
+        }
+    }
+    KeptStatement(const KeptStatement &) = delete;
+    KeptStatement &operator=(const KeptStatement &) = delete;
+
+    bool Ok() const { return stmt_ != nullptr; }
+    sqlite3_stmt *Get() const { return stmt_; }
+
+private:
+    sqlite3_stmt *stmt_ = nullptr;
 };
 
 Connection &Db()
@@ -80,6 +136,10 @@ bool Exec(sqlite3 *db, const std::string &sql)
 
 void CloseLocked(Connection &c)
 {
+    for (auto &entry : c.prepared) {
+        sqlite3_finalize(entry.second);
+    }
+    c.prepared.clear();
     if (c.db != nullptr) {
         sqlite3_close_v2(c.db);
         c.db = nullptr;
@@ -198,12 +258,14 @@ DbResult DbStore(const DbObjectKind &kind, const uint8_t *record)
     sqlite3 *db = EnsureOpenLocked(c);
     if (db == nullptr)
         return DbResult::Error;
-    std::string columns, values;
-    for (uint32_t i = 0; i < kind.columnCount; i++) {
-        columns += std::string(i ? ", " : "") + kind.columns[i].name;
-        values += std::string(i ? ", ?" : "?") + std::to_string(i + 1);
-    }
-    Statement stmt(db, std::string("INSERT OR REPLACE INTO ") + kind.table + " (" + columns + ") VALUES (" + values + ")");
+    KeptStatement stmt(c, {&kind, StatementOp::Store, 0}, [&] {
+        std::string columns, values;
+        for (uint32_t i = 0; i < kind.columnCount; i++) {
+            columns += std::string(i ? ", " : "") + kind.columns[i].name;
+            values += std::string(i ? ", ?" : "?") + std::to_string(i + 1);
+        }
+        return std::string("INSERT OR REPLACE INTO ") + kind.table + " (" + columns + ") VALUES (" + values + ")";
+    });
     if (!stmt.Ok())
         return DbResult::Error;
     for (uint32_t i = 0; i < kind.columnCount; i++)
@@ -218,10 +280,12 @@ DbResult DbLoad(const DbObjectKind &kind, const DbKey &key, uint8_t *record)
     sqlite3 *db = EnsureOpenLocked(c);
     if (db == nullptr)
         return DbResult::Error;
-    std::string columns;
-    for (uint32_t i = 0; i < kind.columnCount; i++)
-        columns += std::string(i ? ", " : "") + kind.columns[i].name;
-    Statement stmt(db, "SELECT " + columns + " FROM " + kind.table + KeyClause(kind));
+    KeptStatement stmt(c, {&kind, StatementOp::Load, 0}, [&] {
+        std::string columns;
+        for (uint32_t i = 0; i < kind.columnCount; i++)
+            columns += std::string(i ? ", " : "") + kind.columns[i].name;
+        return "SELECT " + columns + " FROM " + kind.table + KeyClause(kind);
+    });
     if (!stmt.Ok())
         return DbResult::Error;
     BindKey(stmt.Get(), key);
@@ -243,28 +307,32 @@ DbResult DbUpdate(const DbObjectKind &kind, const DbKey &key, const uint8_t *rec
     if (db == nullptr)
         return DbResult::Error;
 
-    std::string assignments;
-    int parameter = 3; /* ?1 and ?2 are the key */
+    uint64_t written = 0; /* the value columns the update sets */
     for (uint32_t i = kKeyColumns; i < kind.columnCount; i++) {
-        if (columns & (uint64_t{1} << i))
-            assignments += std::string(assignments.empty() ? "" : ", ") + kind.columns[i].name + " = ?" +
-                           std::to_string(parameter++);
+        written |= columns & (uint64_t{1} << i);
     }
     /* Nothing to write still tells whether the row exists. */
-    std::string sql = assignments.empty()
-                          ? std::string("SELECT 1 FROM ") + kind.table + KeyClause(kind)
-                          : std::string("UPDATE ") + kind.table + " SET " + assignments + KeyClause(kind);
-    Statement stmt(db, sql);
+    KeptStatement stmt(c, {&kind, written == 0 ? StatementOp::Exists : StatementOp::Update, written}, [&] {
+        std::string assignments;
+        int parameter = 3; /* ?1 and ?2 are the key */
+        for (uint32_t i = kKeyColumns; i < kind.columnCount; i++) {
+            if (written & (uint64_t{1} << i))
+                assignments += std::string(assignments.empty() ? "" : ", ") + kind.columns[i].name + " = ?" +
+                               std::to_string(parameter++);
+        }
+        return written == 0 ? std::string("SELECT 1 FROM ") + kind.table + KeyClause(kind)
+                            : std::string("UPDATE ") + kind.table + " SET " + assignments + KeyClause(kind);
+    });
     if (!stmt.Ok())
         return DbResult::Error;
     BindKey(stmt.Get(), key);
-    if (assignments.empty()) {
+    if (written == 0) {
         int rc = sqlite3_step(stmt.Get());
         return rc == SQLITE_ROW ? DbResult::Ok : rc == SQLITE_DONE ? DbResult::NoRow : DbResult::Error;
     }
-    parameter = 3;
+    int parameter = 3;
     for (uint32_t i = kKeyColumns; i < kind.columnCount; i++) {
-        if (columns & (uint64_t{1} << i))
+        if (written & (uint64_t{1} << i))
             BindColumn(stmt.Get(), parameter++, kind.columns[i], record);
     }
     return ChangeResult(Change(db, stmt.Get()));
@@ -277,7 +345,8 @@ DbResult DbRemove(const DbObjectKind &kind, const DbKey &key)
     sqlite3 *db = EnsureOpenLocked(c);
     if (db == nullptr)
         return DbResult::Error;
-    Statement stmt(db, std::string("DELETE FROM ") + kind.table + KeyClause(kind));
+    KeptStatement stmt(c, {&kind, StatementOp::Remove, 0},
+                       [&] { return std::string("DELETE FROM ") + kind.table + KeyClause(kind); });
     if (!stmt.Ok())
         return DbResult::Error;
     BindKey(stmt.Get(), key);
@@ -291,7 +360,8 @@ DbResult DbTruncate(const DbObjectKind &kind)
     sqlite3 *db = EnsureOpenLocked(c);
     if (db == nullptr)
         return DbResult::Error;
-    Statement stmt(db, std::string("DELETE FROM ") + kind.table);
+    KeptStatement stmt(c, {&kind, StatementOp::Truncate, 0},
+                       [&] { return std::string("DELETE FROM ") + kind.table; });
     if (!stmt.Ok())
         return DbResult::Error;
     return Change(db, stmt.Get()) >= 0 ? DbResult::Ok : DbResult::Error;

@@ -51,6 +51,7 @@ public:
     int32_t Write(const uint8_t *elements, uint32_t count)
     {
         uint32_t written;
+        bool flowPending;
         {
             std::lock_guard<std::mutex> lock(mu_);
             if (closed_)
@@ -64,14 +65,19 @@ public:
                 pendingFlow_.push_back(kFlowStart);
             }
             SyncReadableLocked();
+            flowPending = !pendingFlow_.empty();
         }
-        DeliverFlowEvents();
+        /* Whoever queues a flow event delivers it; with none queued the
+         * delivery step would only take the lock again to find that out. */
+        if (flowPending)
+            DeliverFlowEvents();
         return static_cast<int32_t>(written);
     }
 
     int32_t Read(uint8_t *elements, uint32_t count)
     {
         uint32_t read;
+        bool flowPending;
         {
             std::lock_guard<std::mutex> lock(mu_);
             if (closed_)
@@ -85,8 +91,10 @@ public:
                 pendingFlow_.push_back(kFlowStop);
             }
             SyncReadableLocked();
+            flowPending = !pendingFlow_.empty();
         }
-        DeliverFlowEvents();
+        if (flowPending)
+            DeliverFlowEvents();
         return static_cast<int32_t>(read);
     }
 

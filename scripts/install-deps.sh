@@ -6,7 +6,7 @@ set -euo pipefail
 declare -A groups
 groups[build]="cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
                libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev pkgconf"
-groups[bench]=""
+groups[bench]="valgrind libprotozero-dev rapidjson-dev python3-matplotlib"
 groups[fuzz]=""
 
 wanted=("$@")

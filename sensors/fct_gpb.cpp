@@ -7,6 +7,7 @@
 #include "gpb_chain.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_gpb_fields.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 namespace {
@@ -87,5 +88,6 @@ extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeData(const Rec *rec, uint8_t *
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
     return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeData>(
-        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
+        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap,
+        kSrvtlmFctFlowLogLines.gpbNullRecord);
 }

@@ -3,6 +3,7 @@
  * pipeline driven by this sensor's maps, compare callbacks and encoders.
  */
 #include "mdtlm_vraldcn.h"
+#include "sensor_log_lines.h"
 #include "sensor_table_pipeline.h"
 
 namespace {
@@ -11,7 +12,8 @@ const MDTLM_SENSOR_PIPELINE kFctFlowPipeline =
     MDTLM_TablePipeline<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg,
                         MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg>(
         MDTLM_SENSOR_SRVTLM_FCTFLOW, g_femMdTlmSrvtlmFctFlowCondMap, MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithInfo,
-        g_femMdTlmSrvtlmFctFlowFilterMap, MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithFilter);
+        g_femMdTlmSrvtlmFctFlowFilterMap, MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithFilter,
+        kSrvtlmFctFlowLogLines.encodeFail);
 
 } // namespace
 

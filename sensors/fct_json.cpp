@@ -4,6 +4,7 @@
  */
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* The record body: the record's names with underscores for hyphens; the slot
@@ -29,7 +30,7 @@ constexpr int32_t kJsonMinRoom = 959;
 
 extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_JSON_CheckEncodePara(const Rec *rec, const uint8_t *out, int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kSrvtlmFctFlowLogLines.jsonNullParam);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FCTFLOW_JSON_EncodeIpv4(const Rec *rec, char *src, char *dst, uint32_t cap)
@@ -54,7 +55,7 @@ extern "C" int32_t MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *
     if (MDTLM_SrvtlmAddressTexts(rec->addressFamily, rec->srcIp, rec->dstIp, &texts) != 0) {
         return MDTLM_ENCODE_FAIL;
     }
-    return MDTLM_JsonWriteObject(out, cap, MDTLM_SRVTLM_FCTFLOW_JSON_BODY, rec->addressFamily, texts.src, texts.dst,
+    return MDTLM_JsonWriteMembers<MDTLM_SRVTLM_FCTFLOW_JSON_BODY>(out, cap, rec->addressFamily, texts.src, texts.dst,
                                  rec->periodId, rec->slotId, rec->srcIfIndex, rec->dstIfIndex,
                                  rec->interfaceChangeStatus, rec->fctMax, rec->fctMin, rec->fctMean,
                                  static_cast<unsigned long long>(rec->fetMax),

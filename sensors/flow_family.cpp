@@ -41,10 +41,10 @@ struct ConditionValue {
 
 bool CutText(const char (&field)[MDTLM_FLOW_TEXT_FIELD_LEN], char (&out)[MDTLM_FLOW_TEXT_FIELD_LEN + 1])
 {
+    /* At most the field's 32 characters and the NUL: `out` holds them. */
+    static_assert(sizeof(out) > sizeof(field), "room for the text and its NUL");
     const std::size_t len = strnlen(field, sizeof(field));
-    if (len > 0 && memcpy_s(out, sizeof(out), field, len) != 0) {
-        return false;
-    }
+    std::memcpy(out, field, len);
     out[len] = '\0';
     return true;
 }

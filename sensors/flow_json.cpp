@@ -51,7 +51,7 @@ int32_t MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t 
     }
     /* The opening brace is written before the record is looked at, so a
      * record refused for its addresses or texts leaves it behind. */
-    if (sprintf_s(reinterpret_cast<char *>(out), static_cast<size_t>(cap), "{") < 0) {
+    if (MDTLM_JsonOpen(out, cap) < 0) {
         return MDTLM_ENCODE_FAIL;
     }
     char src[MDTLM_FLOW_ADDR_TEXT_LEN];
@@ -62,8 +62,7 @@ int32_t MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32_t 
     }
 
     const MDTLM_FLOW_DERIVED d = MDTLM_FlowDerive(rec);
-    return MDTLM_JsonWriteObject(
-        out, cap, FLOW_STATS_JSON_TEMPLATE, static_cast<unsigned long long>(d.flowId), d.direction,
+    return MDTLM_JsonWriteMembers<FLOW_STATS_JSON_TEMPLATE>(out, cap, static_cast<unsigned long long>(d.flowId), d.direction,
         d.addressFamily, src, dst, unsigned{rec->srcPort}, unsigned{rec->dstPort}, unsigned{rec->protocol},
         rec->ifIndex, d.errorInfo, d.errorInfoExt, rec->interval, rec->periodId,
         static_cast<unsigned long long>(rec->packetCount), static_cast<unsigned long long>(rec->byteCount),

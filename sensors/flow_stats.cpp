@@ -80,8 +80,8 @@ namespace {
 const MDTLM_SENSOR_PIPELINE kFlowPipeline =
     MDTLM_TablePipeline<Rec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>(
         MDTLM_SENSOR_VRAL_FLOW, g_mdTlmFlowStatsCondMap, MDTLM_VRALDCN_FlowCmpFieldWithCondition,
-        g_mdTlmFlowStatsFilterMap, MDTLM_VRALDCN_FlowCmpFieldWithFilter, MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
-        MDTLM_FLOW_STAMPS_SEQUENCE, offsetof(Rec, reportPeriodIndex), sizeof(Rec));
+        g_mdTlmFlowStatsFilterMap, MDTLM_VRALDCN_FlowCmpFieldWithFilter, MDTLM_LOG_LINE_OF_CALL,
+        MDTLM_SENSOR_ENCODE_FAIL_FORMAT, MDTLM_FLOW_STAMPS_SEQUENCE, offsetof(Rec, reportPeriodIndex), sizeof(Rec));
 
 } // namespace
 

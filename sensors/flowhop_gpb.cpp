@@ -101,7 +101,8 @@ int32_t MDTLM_VRALDCN_FLOWHOP_GPB_EncodeData(const Rec *rec, uint8_t *out, int32
 int32_t MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
     return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeData>(
-        rec, g_vralDcnFlowHopStatsBuff1, g_vralDcnFlowHopStatsBuff2, kContainerField, out, cap, kNullRecordFormat);
+        rec, g_vralDcnFlowHopStatsBuff1, g_vralDcnFlowHopStatsBuff2, kContainerField, out, cap, MDTLM_LOG_LINE_OF_CALL,
+        kNullRecordFormat);
 }
 
 } /* extern "C" */

@@ -55,8 +55,7 @@ int32_t MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg(const Rec *rec, uint8_t *out, int32
     }
 
     const MDTLM_FLOW_DERIVED d = MDTLM_FlowDerive(rec);
-    const int32_t used = MDTLM_JsonWriteObject(
-        out, cap, FLOWHOP_STATS_JSON_TEMPLATE, static_cast<unsigned long long>(d.flowId), d.direction,
+    const int32_t used = MDTLM_JsonWriteMembers<FLOWHOP_STATS_JSON_TEMPLATE>(out, cap, static_cast<unsigned long long>(d.flowId), d.direction,
         rec->ifIndex, d.errorInfo, d.errorInfoExt, rec->periodId, static_cast<unsigned long long>(rec->packetCount),
         static_cast<unsigned long long>(rec->byteCount), rec->timestampSecond, rec->timestampNanosecond, rec->ttl,
         rec->measureMode, MDTLM_FlowHopMaximumDelay(rec), static_cast<unsigned long long>(MDTLM_FlowHopTotalDelay(rec)),

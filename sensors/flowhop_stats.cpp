@@ -88,7 +88,7 @@ namespace {
 const MDTLM_SENSOR_PIPELINE kFlowHopPipeline =
     MDTLM_TablePipeline<Rec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>(
         MDTLM_SENSOR_VRAL_FLOWHOP, g_femMdTlmFlowHopStatsCondMap, MDTLM_VRALDCN_FlowHopCmpFieldWithInfo,
-        g_mdTlmFlowHopStatsFilterMap, MDTLM_VRALDCN_FlowHopCmpFieldWithFilter,
+        g_mdTlmFlowHopStatsFilterMap, MDTLM_VRALDCN_FlowHopCmpFieldWithFilter, MDTLM_LOG_LINE_OF_CALL,
         "[%s:%d][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, ret: %d.", MDTLM_FLOW_STAMPS_SEQUENCE,
         offsetof(Rec, periodId), sizeof(Rec));
 

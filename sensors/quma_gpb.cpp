@@ -6,6 +6,7 @@
 #include "gpb_chain.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_gpb_fields.h"
+#include "sensor_log_lines.h"
 
 extern "C" {
 uint8_t g_qumaStatsBuff1[MDTLM_GPB_SCRATCH_SIZE];
@@ -79,5 +80,6 @@ extern "C" int32_t MDTLM_QUMA_GPB_EncodeData(const MDTLM_QUMA_RESULT_REC *rec, u
 extern "C" int32_t MDTLM_QUMA_GPB_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
 {
     return MDTLM_GpbEncodeSensorMsg<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeData>(
-        rec, g_qumaStatsBuff1, g_qumaStatsBuff2, kContainerField, out, cap);
+        rec, g_qumaStatsBuff1, g_qumaStatsBuff2, kContainerField, out, cap,
+        kQumaLogLines.gpbNullRecord);
 }

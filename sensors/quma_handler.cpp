@@ -3,6 +3,7 @@
  * driven by this sensor's maps, compare callbacks and encoders.
  */
 #include "mdtlm_vraldcn.h"
+#include "sensor_log_lines.h"
 #include "sensor_table_pipeline.h"
 
 namespace {
@@ -10,7 +11,8 @@ namespace {
 const MDTLM_SENSOR_PIPELINE kQumaPipeline =
     MDTLM_TablePipeline<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg, MDTLM_QUMA_JSON_EncodeMsg>(
         MDTLM_SENSOR_QUMA_RESULT, g_femMdTlmQumaResultCondMap, MDTLM_QUMA_STATS_CmpFieldWithCondition,
-        g_femMdTlmQumaResultFilterMap, MDTLM_QUMA_STATS_CmpFieldWithThread);
+        g_femMdTlmQumaResultFilterMap, MDTLM_QUMA_STATS_CmpFieldWithThread,
+        kQumaLogLines.encodeFail);
 
 } // namespace
 

@@ -3,6 +3,7 @@
  */
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "sensor_record_fields.h"
 
 /* The record body. The keys use underscores, all but "vxlan-reserved-value-second",
@@ -24,7 +25,7 @@ constexpr uint32_t kProtocolTextSize = 32;
 
 extern "C" int32_t MDTLM_QUMA_JSON_CheckEncodePara(const MDTLM_QUMA_RESULT_REC *rec, const uint8_t *out, int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kQumaLogLines.jsonNullParam);
 }
 
 extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, uint8_t *out, int32_t cap)
@@ -42,7 +43,7 @@ extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, u
         return MDTLM_ENCODE_FAIL;
     }
 
-    return MDTLM_JsonWriteObject(out, cap, MDTLM_QUMA_JSON_BODY, rec->id, rec->periodId, protocol, rec->ruleId,
+    return MDTLM_JsonWriteMembers<MDTLM_QUMA_JSON_BODY>(out, cap, rec->id, rec->periodId, protocol, rec->ruleId,
                                  rec->aclNumber, aclName, rec->vxlanReservedValue, rec->vxlanReservedValueSecond,
                                  static_cast<unsigned long long>(rec->inputPackets),
                                  static_cast<unsigned long long>(rec->outputPackets), warnInfo, rec->timeStamp);

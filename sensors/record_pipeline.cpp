@@ -28,14 +28,13 @@ uint32_t ReadU32(const uint8_t *record, uint32_t offset)
 
 bool PassesTask(const MDTLM_SENSOR_PIPELINE *p, const MDTLM_TASK_DATA *task, const void *record)
 {
-    /* The engine gets a private copy of the block for each of the two tests. */
-    MDTLM_SENSOR_PATH_INFO block;
-    std::memcpy(&block, &task->pathInfo, sizeof(block));
-    if (MDTLM_STATS_SensorPathCondition(&block, record, p->condMap, p->condRows, p->condCmp) == 0) {
+    /* The engine reads the task's block in place: it never writes it and never
+     * reads past its room, so a copy per test would only cost time. */
+    const MDTLM_SENSOR_PATH_INFO *block = &task->pathInfo;
+    if (MDTLM_STATS_SensorPathCondition(block, record, p->condMap, p->condRows, p->condCmp) == 0) {
         return false;
     }
-    std::memcpy(&block, &task->pathInfo, sizeof(block));
-    return MDTLM_STATS_SensorPathFilter(&block, record, p->filterMap, p->filterRows, p->filterCmp) != 0;
+    return MDTLM_STATS_SensorPathFilter(block, record, p->filterMap, p->filterRows, p->filterCmp) != 0;
 }
 
 } // namespace
@@ -47,8 +46,8 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
     MDTLM_RECORD_ENCODE_FUNC encode = json ? p->jsonEncode : p->gpbEncode;
     if (buffer == nullptr) {
         /* The tick could not allocate this task's buffers; nothing may be appended. */
-        MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__,
-                                  MDTLM_ENCODE_FAIL);
+        MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat,
+                            MDTLM_ENCODE_FAIL);
         return;
     }
 
@@ -74,7 +73,7 @@ void MDTLM_PIPELINE_EncodeIntoTask(const MDTLM_SENSOR_PIPELINE *p, const void *r
         buffer->itemCnt = 0;
         buffer->dataLen = 0;
     }
-    MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, p->encodeFailFormat, MDTLM_LOG_LABEL, __LINE__, ret);
+    MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, MDTLM_LOG_LINE_OR_CALL(p->encodeFailLine), p->encodeFailFormat, ret);
 }
 
 uint32_t MDTLM_PIPELINE_ProcessMsg(const MDTLM_SENSOR_PIPELINE *p, MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)

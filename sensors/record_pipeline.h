@@ -24,6 +24,8 @@ typedef struct MDTLM_SENSOR_PIPELINE {
     MDTLM_FILTER_CMP_FUNC filterCmp;
     MDTLM_RECORD_ENCODE_FUNC gpbEncode;
     MDTLM_RECORD_ENCODE_FUNC jsonEncode;
+    /* Number carried by the encode-failure line, or MDTLM_LOG_LINE_OF_CALL. */
+    int encodeFailLine;
     /* Format of the encode-failure line, "[%s:%d][...] ... ret: %d." */
     const char *encodeFailFormat;
     /* Flow family: stamp the task's sequence number for the record's cast type

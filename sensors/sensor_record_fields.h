@@ -68,14 +68,15 @@ inline void MDTLM_ConditionText(const MDTLM_PATH_CONDITION *cond, char (&text)[M
     text[sizeof(cond->value)] = '\0';
 }
 
-/* Copies a fixed-size text field of a record into `text`, zeroed and one byte
- * longer than the field: the text ends at its first NUL or at the end of the
- * field, and nothing past the field is read. False when the copy failed. */
+/* Copies a fixed-size text field of a record into `text`, one byte longer
+ * than the field and terminated there: the text ends at its first NUL or at
+ * the end of the field, and nothing past the field is read. */
 template <std::size_t N>
 bool MDTLM_FixedFieldText(const char (&field)[N], char (&text)[N + 1])
 {
-    std::memset(text, 0, sizeof(text));
-    return memcpy_s(text, sizeof(text), field, N) == 0;
+    std::memcpy(text, field, N);
+    text[N] = '\0';
+    return true;
 }
 
 /* Condition on a numeric field: the value text read as an unsigned decimal

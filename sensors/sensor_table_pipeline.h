@@ -3,7 +3,8 @@
  * sensors whose records are handled as they arrive (export flow cache, result
  * statistics and the two I/O service sensors) keep the defaults: no sequence
  * stamping, no report-performance counting and the shared encode-failure
- * line. The flow family sets all of them.
+ * line, which they give their own number. The flow family sets all of them
+ * but the number: its line carries the line of its call.
  */
 #ifndef MDTLM_SENSORS_SENSOR_TABLE_PIPELINE_H
 #define MDTLM_SENSORS_SENSOR_TABLE_PIPELINE_H
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "mdtlm_log.h"
 #include "record_pipeline.h"
 #include "sensor_log_texts.h"
 
@@ -21,6 +23,7 @@ constexpr MDTLM_SENSOR_PIPELINE MDTLM_TablePipeline(uint32_t sensorType,
                                                     MDTLM_CONDITION_CMP_FUNC condCmp,
                                                     const MDTLM_FILTER_MAP_ENTRY (&filterMap)[FilterRows],
                                                     MDTLM_FILTER_CMP_FUNC filterCmp,
+                                                    int encodeFailLine = MDTLM_LOG_LINE_OF_CALL,
                                                     const char *encodeFailFormat = MDTLM_SENSOR_ENCODE_FAIL_FORMAT,
                                                     uint32_t stampsSequence = 0,
                                                     uint32_t perfPeriodOffset = MDTLM_PIPELINE_NO_PERF,
@@ -36,6 +39,7 @@ constexpr MDTLM_SENSOR_PIPELINE MDTLM_TablePipeline(uint32_t sensorType,
         filterCmp,
         MDTLM_PipelineEncoder<Rec, GpbEncode>,
         MDTLM_PipelineEncoder<Rec, JsonEncode>,
+        encodeFailLine,
         encodeFailFormat,
         stampsSequence,
         perfPeriodOffset,

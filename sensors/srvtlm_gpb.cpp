@@ -6,6 +6,7 @@
 #include "gpb_chain.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_gpb_fields.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* Shared by both I/O service sensors; both encode on the worker thread only. */
@@ -97,5 +98,6 @@ extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeData(const Rec *rec, uint8_t *out
 extern "C" int32_t MDTLM_SRVTLM_FLOW_GPB_EncodeMsg(const Rec *rec, uint8_t *out, int32_t cap)
 {
     return MDTLM_GpbEncodeSensorMsg<Rec, MDTLM_SRVTLM_FLOW_GPB_EncodeData>(
-        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap);
+        rec, g_srvtlmFlowStatsBuff1, g_srvtlmFlowStatsBuff2, kContainerField, out, cap,
+        kSrvtlmFlowLogLines.gpbNullRecord);
 }

@@ -3,6 +3,7 @@
  * pipeline driven by this sensor's maps, compare callbacks and encoders.
  */
 #include "mdtlm_vraldcn.h"
+#include "sensor_log_lines.h"
 #include "sensor_table_pipeline.h"
 
 namespace {
@@ -10,7 +11,8 @@ namespace {
 const MDTLM_SENSOR_PIPELINE kSrvtlmFlowPipeline =
     MDTLM_TablePipeline<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>(
         MDTLM_SENSOR_SRVTLM_FLOW, g_femMdTlmSrvtlmFlowCondMap, MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithInfo,
-        g_femMdTlmSrvtlmFlowFilterMap, MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithFilter);
+        g_femMdTlmSrvtlmFlowFilterMap, MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithFilter,
+        kSrvtlmFlowLogLines.encodeFail);
 
 } // namespace
 

@@ -4,6 +4,7 @@
  */
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* The record body: the record's names with underscores for hyphens. */
@@ -27,7 +28,7 @@ constexpr int32_t kJsonMinRoom = 1059;
 extern "C" int32_t MDTLM_SRVTLM_FLOW_JSON_CheckEncodePara(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, const uint8_t *out,
                                                           int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kSrvtlmFlowLogLines.jsonNullParam);
 }
 
 extern "C" uint32_t MDTLM_SRVTLM_FLOW_JSON_EncodeIpv4(const MDTLM_SRVTLM_FLOW_STATS_REC *rec, char *src, char *dst,
@@ -54,8 +55,7 @@ extern "C" int32_t MDTLM_SRVTLM_FLOW_JSON_EncodeMsg(const MDTLM_SRVTLM_FLOW_STAT
     if (MDTLM_SrvtlmAddressTexts(rec->addressFamily, rec->srcIp, rec->dstIp, &texts) != 0) {
         return MDTLM_ENCODE_FAIL;
     }
-    return MDTLM_JsonWriteObject(
-        out, cap, MDTLM_SRVTLM_FLOW_JSON_BODY, static_cast<unsigned>(rec->accessType),
+    return MDTLM_JsonWriteMembers<MDTLM_SRVTLM_FLOW_JSON_BODY>(out, cap, static_cast<unsigned>(rec->accessType),
         static_cast<unsigned>(rec->addressFamily), texts.src, texts.dst, rec->logicalUnitNum, rec->periodId,
         static_cast<unsigned>(rec->ifIndex), static_cast<unsigned>(rec->measureMode), rec->readIoAvgLatency,
         rec->readDal, rec->readIops, rec->readIoAvgSize, rec->readPendingIoCnt, rec->writeIoAvgLatency, rec->writeDal,

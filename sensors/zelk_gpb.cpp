@@ -5,6 +5,7 @@
 #include "gpb_chain.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_gpb_fields.h"
+#include "sensor_log_lines.h"
 
 extern "C" {
 uint8_t g_zelkCachesBuff1[MDTLM_GPB_SCRATCH_SIZE];
@@ -70,5 +71,6 @@ extern "C" int32_t MDTLM_ZELK_GPB_EncodeData(const MDTLM_ZELK_CACHE_REC *rec, ui
 extern "C" int32_t MDTLM_ZELK_GPB_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, uint8_t *out, int32_t cap)
 {
     return MDTLM_GpbEncodeSensorMsg<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeData>(
-        rec, g_zelkCachesBuff1, g_zelkCachesBuff2, kContainerField, out, cap);
+        rec, g_zelkCachesBuff1, g_zelkCachesBuff2, kContainerField, out, cap,
+        kZelkLogLines.gpbNullRecord);
 }

@@ -3,6 +3,7 @@
  * driven by this sensor's maps, compare callbacks and encoders.
  */
 #include "mdtlm_vraldcn.h"
+#include "sensor_log_lines.h"
 #include "sensor_table_pipeline.h"
 
 namespace {
@@ -10,7 +11,8 @@ namespace {
 const MDTLM_SENSOR_PIPELINE kZelkPipeline =
     MDTLM_TablePipeline<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg, MDTLM_ZELK_JSON_EncodeMsg>(
         MDTLM_SENSOR_ZELK_CACHE, g_femMdTlmZelkCacheCondMap, MDTLM_ZELK_CmpFieldWithCondition,
-        g_femMdTlmZelkCacheFilterMap, MDTLM_ZELK_CmpFieldWithThread);
+        g_femMdTlmZelkCacheFilterMap, MDTLM_ZELK_CmpFieldWithThread,
+        kZelkLogLines.encodeFail);
 
 } // namespace
 

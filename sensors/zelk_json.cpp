@@ -4,6 +4,7 @@
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
+#include "sensor_log_lines.h"
 #include "srvtlm_address.h"
 
 /* The record body: members in record order, enumerations as texts. */
@@ -28,7 +29,7 @@ constexpr uint32_t kEnumTextSize = 128;
 
 extern "C" int32_t MDTLM_ZELK_JSON_CheckEncodePara(const MDTLM_ZELK_CACHE_REC *rec, const uint8_t *out, int32_t cap)
 {
-    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kNullParamFormat);
+    return MDTLM_JsonCheckEncodePara(rec, out, cap, kJsonMinRoom, kZelkLogLines.jsonNullParam, kNullParamFormat);
 }
 
 extern "C" uint32_t MDTLM_ZELK_JSON_EncodeIpv4(const MDTLM_ZELK_CACHE_REC *rec, char *src, char *dst, uint32_t cap)
@@ -50,8 +51,8 @@ extern "C" int32_t MDTLM_ZELK_JSON_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, ui
     char recoveryMode[kEnumTextSize];
     char opMode[kEnumTextSize];
     char state[kEnumTextSize];
-    if (sprintf_s(slot, sizeof(slot), "%u", rec->slotId) < 0 ||
-        MDTLM_ZELK_GetProtocol(rec->protocolId, protocol, sizeof(protocol)) < 0 ||
+    slot[MDTLM_PutDecimal(slot, rec->slotId)] = '\0';
+    if (MDTLM_ZELK_GetProtocol(rec->protocolId, protocol, sizeof(protocol)) < 0 ||
         MDTLM_ZELK_JSON_EncodeIpv4(rec, src, dst, kAddressTextSize) != 0 ||
         MDTLM_ZELK_GetRecoveryModeStr(rec->recoveryMode, recoveryMode, sizeof(recoveryMode)) < 0 ||
         MDTLM_ZELK_GetOpModeStr(rec->opMode, opMode, sizeof(opMode)) < 0 ||
@@ -59,7 +60,7 @@ extern "C" int32_t MDTLM_ZELK_JSON_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, ui
         return MDTLM_ENCODE_FAIL;
     }
 
-    return MDTLM_JsonWriteObject(out, cap, MDTLM_ZELK_JSON_BODY, slot, src, dst, protocol, rec->l4SourcePort,
+    return MDTLM_JsonWriteMembers<MDTLM_ZELK_JSON_BODY>(out, cap, slot, src, dst, protocol, rec->l4SourcePort,
                                  rec->l4DestinationPort, rec->ifIndex, rec->detectTimestampSecond, state, rec->seed,
                                  rec->recoveryCount, rec->sequenceNumber, recoveryMode, opMode);
 }

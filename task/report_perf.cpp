@@ -9,6 +9,7 @@
 
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
+#include "task_log_lines.h"
 
 extern "C" {
 MDTLM_REPORT_PERF_SLOT *g_mdtlmNtvVralDcnReportPerf = nullptr;
@@ -35,12 +36,18 @@ void NumberSlots()
     }
 }
 
-/* Hands the slot to `period`: counts and times cleared, start time now. */
-void ClaimSlot(MDTLM_REPORT_PERF_SLOT *slot, uint32_t period)
+/* Hands the slot to `period` with counts and times cleared. */
+void ClearSlotFor(MDTLM_REPORT_PERF_SLOT *slot, uint32_t period)
 {
     std::memset(&slot->rec, 0, sizeof(slot->rec));
     slot->rec.history_id = period & kSlotMask;
     slot->rec.period_index = period;
+}
+
+/* Hands the slot to `period`, started now. */
+void ClaimSlot(MDTLM_REPORT_PERF_SLOT *slot, uint32_t period)
+{
+    ClearSlotFor(slot, period);
     MDTLM_VRALDCN_SetReportPerfTimestamps(&slot->rec.start_time_s, &slot->rec.start_time_ms);
 }
 
@@ -111,7 +118,8 @@ void MDTLM_VRALDCN_SetReportPerfTimestamps(uint32_t *seconds, uint32_t *millisec
 {
     struct timeval now {};
     if (gettimeofday(&now, nullptr) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_REPORT_PERF_CLOCK_FAILED,
+                     "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed");
         return;
     }
     if (seconds != nullptr) {
@@ -144,10 +152,19 @@ void MDTLM_VRALDCN_UpdateReportPerfOutItemCnt(uint32_t period, uint32_t items, u
 
 void MDTLM_VRALDCN_UpdateReportPerfStartTime(uint32_t period, uint32_t seconds, uint32_t milliseconds)
 {
-    /* The start time belongs to the row of `period`: a slot still holding an
-     * older period is claimed first, as a count would claim it. */
-    SetPair(SlotForCounting(period), &MDTLM_REPORT_PERF_REC::start_time_s, &MDTLM_REPORT_PERF_REC::start_time_ms,
-            seconds, milliseconds);
+    MDTLM_REPORT_PERF_SLOT *slot = SlotOf(period);
+    if (slot == nullptr) {
+        return;
+    }
+    /* A start time is that of the slot's claim. A slot holding another period
+     * is claimed for `period`, as a count would claim it, and started at the
+     * given time; a slot that already holds the period keeps its start. */
+    if (slot->rec.period_index != period) {
+        ClearSlotFor(slot, period);
+        slot->rec.start_time_s = seconds;
+        slot->rec.start_time_ms = milliseconds;
+    }
+    slot->dirty = 1;
 }
 
 void MDTLM_VRALDCN_UpdateReportPerfEndTime(uint32_t period, uint32_t seconds, uint32_t milliseconds)
@@ -169,8 +186,9 @@ void MDTLM_VRALDCN_UpdateReportPerfToDb(void)
         MDTLM_VRALDCN_SetReportPerfTimestamps(&slot.rec.end_time_s, &slot.rec.end_time_ms);
         uint32_t ret = MDTLM_VRALDCN_AddReportPerfEntryDbData(&slot.rec);
         if (ret != 0) {
-            MDTLM_LOG(MDTLM_LOG_FAILURE, "[ FEM ]Update report perf to db failed ret: %u, index: %u, periodIndex: %u.",
-                      ret, i, slot.rec.period_index);
+            MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_REPORT_PERF_TICK_WRITE_FAILED,
+                         "[ FEM ]Update report perf to db failed ret: %u, index: %u, periodIndex: %u.", ret, i,
+                         slot.rec.period_index);
         }
         /* A failed write is not repeated unless the slot changes again. */
         slot.dirty = 0;

@@ -6,6 +6,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -44,28 +45,39 @@ bool RowExists(const MDTLM_DB_KEY_DESC *desc, const MDTLM_DB_KEY *key)
     return db_read_obj(handle.Get(), desc, key) == 0;
 }
 
-/* Failure lines of the three steps of storing a row, each with "ret: %d". */
+/* A failure line of one step of storing a row, with "ret: %d", and its number. */
+struct StoreLine {
+    int line;
+    const char *format;
+};
+
+/* The failure lines of the three steps of storing a row. */
 struct StoreTexts {
-    const char *create;
-    const char *fill;
-    const char *store;
+    StoreLine create;
+    StoreLine fill;
+    StoreLine store;
 };
 
 constexpr StoreTexts kUpdateTexts = {
-    "[%s:%d][UpdateDbData] Create vraldcn_mdtlm_report_perf obj failed, ret: %d.",
-    "[%s:%d][UpdateDbData] set vraldcn_mdtlm_report_perf field failed, ret: %d.",
-    "[%s:%d][UpdateDbData] Update vraldcn_mdtlm_report_perf failed, ret: %d.",
+    {MDTLM_LINE_REPORT_PERF_UPDATE_HANDLE_FAILED,
+     "[%s:%d][UpdateDbData] Create vraldcn_mdtlm_report_perf obj failed, ret: %d."},
+    {MDTLM_LINE_REPORT_PERF_UPDATE_SET_FAILED,
+     "[%s:%d][UpdateDbData] set vraldcn_mdtlm_report_perf field failed, ret: %d."},
+    {MDTLM_LINE_REPORT_PERF_UPDATE_FAILED, "[%s:%d][UpdateDbData] Update vraldcn_mdtlm_report_perf failed, ret: %d."},
 };
 
 constexpr StoreTexts kWriteTexts = {
-    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Create vraldcn_mdtlm_report_perf failed ret: %d.",
-    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Set vraldcn_mdtlm_report_perf all field failed ret: %d.",
-    "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Write vraldcn_mdtlm_report_perf failed ret: %d.",
+    {MDTLM_LINE_REPORT_PERF_WRITE_HANDLE_FAILED,
+     "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Create vraldcn_mdtlm_report_perf failed ret: %d."},
+    {MDTLM_LINE_REPORT_PERF_WRITE_SET_FAILED,
+     "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Set vraldcn_mdtlm_report_perf all field failed ret: %d."},
+    {MDTLM_LINE_REPORT_PERF_WRITE_FAILED,
+     "[%s:%d][VRALDCN_WriteReportPerfEntryDb] Write vraldcn_mdtlm_report_perf failed ret: %d."},
 };
 
-void LogStoreFailure(const char *format, uint32_t ret)
+void LogStoreFailure(const StoreLine &line, uint32_t ret)
 {
-    MDTLM_VRALDCN_WriteTlmLog(MDTLM_LOG_FAILURE, format, MDTLM_LOG_LABEL, __LINE__, static_cast<int32_t>(ret));
+    MDTLM_LOG_FORMAT_AT(MDTLM_LOG_FAILURE, line.line, line.format, static_cast<int32_t>(ret));
 }
 
 /* Creates a handle for `operation`, fills it, stores it. The handle is given
@@ -137,13 +149,13 @@ uint32_t MDTLM_VRALDCN_AddReportPerfEntryDbData(const MDTLM_REPORT_PERF_REC *rec
     const uint32_t ret = RowExists(&desc, &key) ? MDTLM_VRALDCN_UpdateReportPerfEntryDb(&desc, &key, rec)
                                                 : MDTLM_VRALDCN_WriteReportPerfEntryDb(rec);
     if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE,
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_REPORT_PERF_STORE_FAILED,
                   "[VRALDCN_AddReportPerfEntryDbData] Write db vraldcn_mdtlm_report_perf failed ret: %u, history_id: "
                   "%u, period_index: %u.",
                   ret, rec->history_id, rec->period_index);
         return 1;
     }
-    MDTLM_LOG(MDTLM_LOG_SUCCESS,
+    MDTLM_LOG_AT(MDTLM_LOG_SUCCESS, MDTLM_LINE_REPORT_PERF_STORE_SUCCESS,
               "[VRALDCN_AddReportPerfEntryDbData] Write db vraldcn_mdtlm_report_perf success, ret: %u, history_id: "
               "%u, period_index: %u.",
               ret, rec->history_id, rec->period_index);
@@ -164,7 +176,8 @@ uint32_t MDTLM_VRALDCN_CheckReportPerfEntryDataExist(const MDTLM_DB_KEY_DESC *de
 void MDTLM_VRALDCN_TruncateReportPerfEntryDbData(void)
 {
     if (db_truncate_table(kReportPerfTable, kTruncateFlags) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[VRALDCN_TruncateReportPerfEntryDbData] Truncate db data failed.");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_REPORT_PERF_TRUNCATE_FAILED,
+                     "[VRALDCN_TruncateReportPerfEntryDbData] Truncate db data failed.");
     }
 }
 

@@ -12,6 +12,7 @@
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -36,7 +37,8 @@ uint64_t MDTLM_VRALDCN_STATS_GetTimestamps(void)
 {
     struct timeval now {};
     if (gettimeofday(&now, nullptr) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_COLLECT_CLOCK_FAILED,
+                     "[NTVVRALDCN_STATS_GetTimestamps] Get collect timestamp failed");
         return 0;
     }
     return static_cast<uint64_t>(now.tv_sec) * 1000u + static_cast<uint64_t>(now.tv_usec) / 1000u;
@@ -77,7 +79,8 @@ void MDTLM_VRALDCN_STATS_InitSampleBuffer(MDTLM_STATS_MAP_ENTRY *row)
         if (*buffers[i] == nullptr) {
             *buffers[i] = AllocSampleBuffer();
             if (*buffers[i] == nullptr) {
-                MDTLM_LOG(MDTLM_LOG_FAILURE, "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: %u, codeType: %u",
+                MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_SENSOR_BUFFER_ALLOC_FAILED,
+                             "[GetAndInitSampleDataBuff] Alloc buff failed, msgId: %u, codeType: %u",
                           row->sensorType, codeTypes[i]);
                 return;
             }
@@ -94,8 +97,9 @@ uint32_t MDTLM_STATS_InitTaskSampleBuffer(MDTLM_TASK_DATA *task)
     if (task->gpbBuffer == nullptr) {
         task->gpbBuffer = AllocSampleBuffer();
         if (task->gpbBuffer == nullptr) {
-            MDTLM_LOG(MDTLM_LOG_FAILURE, "[InitTaskSampleBuffer] Alloc buff failed, msgId: %u, codeType: %u",
-                      task->sensorType, kCodeTypeGpb);
+            MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_GPB_BUFFER_ALLOC_FAILED,
+                         "[InitTaskSampleBuffer] Alloc buff failed, msgId: %u, codeType: %u", task->sensorType,
+                         kCodeTypeGpb);
             return 1;
         }
     }
@@ -103,8 +107,9 @@ uint32_t MDTLM_STATS_InitTaskSampleBuffer(MDTLM_TASK_DATA *task)
     if (task->jsonBuffer == nullptr) {
         task->jsonBuffer = AllocSampleBuffer();
         if (task->jsonBuffer == nullptr) {
-            MDTLM_LOG(MDTLM_LOG_FAILURE, "[InitTaskSampleBuffer] Alloc buff failed, msgId: %u, codeType: %u",
-                      task->sensorType, kCodeTypeJson);
+            MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_JSON_BUFFER_ALLOC_FAILED,
+                         "[InitTaskSampleBuffer] Alloc buff failed, msgId: %u, codeType: %u", task->sensorType,
+                         kCodeTypeJson);
             /* A task holds both of its buffers or neither. */
             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->gpbBuffer));
             return 1;
@@ -118,7 +123,7 @@ void MDTLM_STATS_InitTaskStats(uint32_t sensorType)
 {
     MDTLM_TaskListWalk(MDTLM_VRALDCN_TASK_GetTaskHead(sensorType), [](MDTLM_TASK_DATA &task) {
         if (MDTLM_STATS_InitTaskSampleBuffer(&task) != 0) {
-            MDTLM_LOG(MDTLM_LOG_FAILURE, "[InitTaskStats] Alloc buff failed");
+            MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_WALK_STOPPED, "[InitTaskStats] Alloc buff failed");
             return false;
         }
         MDTLM_VRALDCN_STATS_SetCollectTimestamp(task.gpbBuffer, task.jsonBuffer);

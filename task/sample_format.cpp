@@ -9,6 +9,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -54,8 +55,8 @@ extern "C" uint32_t MDTLM_VRALDCN_TASK_FormatStatsData(uint32_t sensorType, uint
     }
 
     if (memcpy_s(dst->data + dst->dataLen, MDTLM_SAMPLE_DATA_SIZE - dst->dataLen, src->data, src->dataLen) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: %u.",
-                  codeType);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_FORMAT_COPY_FAILED,
+                     "[NTVVRALDCN_TASK_FormatStatsData] Copy sampleData failed, codetype: %u.", codeType);
         return 1;
     }
     dst->dataLen += src->dataLen;

@@ -8,6 +8,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -36,12 +37,13 @@ uint32_t MDTLM_VRALDCN_UploadDataToTlm(MDTLM_SAMPLE_BUFFER *sample)
 {
     MDTLM_FRM_VTBL *vtbl = MDTLM_VRALDCN_GetTlmFrmVtbl();
     if (vtbl == nullptr || vtbl->SampleDataUpload == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] mdtlmVtbl is NULL.");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_UPLOAD_NO_TABLE, "[NTVVRALDCN_UploadDataToTlm] mdtlmVtbl is NULL.");
         return 1;
     }
     uint32_t ret = vtbl->SampleDataUpload(MDTLM_VRALDCN_GetModuleId(), sample);
     if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] SampleDataUpload failed, ret: %u.", ret);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_UPLOAD_REFUSED,
+                     "[NTVVRALDCN_UploadDataToTlm] SampleDataUpload failed, ret: %u.", ret);
     }
     return ret;
 }
@@ -89,12 +91,13 @@ void MDTLM_VRALDCN_TASK_UploadStatsDataByTask(MDTLM_SAMPLE_BUFFER *buffer, MDTLM
     const uint32_t codeType = task->pathInfo.encodeType;
     MDTLM_SAMPLE_BUFFER *sample = NewSample();
     if (sample == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_UPLOAD_ALLOC_FAILED,
+                     "[NTVVRALDCN_UploadDataToTlm] Alloc buff failed, codetype: %u.", codeType);
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(task->sensorType, codeType, buffer, sample) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: %u.",
-                  codeType);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_UPLOAD_FORMAT_FAILED,
+                     "[NTVVRALDCN_UploadDataToTlm] Format sampleData failed, codetype: %u.", codeType);
         FreeSample(&sample);
         return;
     }
@@ -109,11 +112,13 @@ void MDTLM_VRALDCN_TASK_UploadStatsData(uint32_t sensorType, const MDTLM_SAMPLE_
     }
     MDTLM_SAMPLE_BUFFER *sample = NewSample();
     if (sample == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[UploadStatsData] Alloc buff failed, codetype: %u.", codeType);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_SENSOR_UPLOAD_ALLOC_FAILED,
+                     "[UploadStatsData] Alloc buff failed, codetype: %u.", codeType);
         return;
     }
     if (MDTLM_VRALDCN_TASK_FormatStatsData(sensorType, codeType, src, sample) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[UploadStatsData] Format sampleData failed, codetype: %u.", codeType);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_SENSOR_UPLOAD_FORMAT_FAILED,
+                     "[UploadStatsData] Format sampleData failed, codetype: %u.", codeType);
         FreeSample(&sample);
         return;
     }

@@ -7,6 +7,7 @@
 
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -42,7 +43,8 @@ uint32_t MDTLM_VRALDCN_AddTlmTask(uint32_t sensorType, uint32_t instanceId, uint
     }
     MDTLM_EVENT_MSG *event = NewTaskEvent(MDTLM_EVENT_ADD_TASK, sensorType, instanceId, taskId);
     if (event == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_AddTlmTask] Alloc memory failed.., taskId: %u.", taskId);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_ADD_ENTRY_ALLOC_FAILED,
+                     "[NTVVRALDCN_AddTlmTask] Alloc memory failed.., taskId: %u.", taskId);
         return 1;
     }
     auto *task = reinterpret_cast<MDTLM_TASK_DATA *>(event->payload);
@@ -50,7 +52,8 @@ uint32_t MDTLM_VRALDCN_AddTlmTask(uint32_t sensorType, uint32_t instanceId, uint
 
     uint32_t ret = MDTLM_VRALDCN_EVENT_Push(event);
     if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: %u, taskId: %u.",
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_ADD_ENTRY_PUSH_FAILED,
+                     "[NTVVRALDCN_AddTlmTask] push task to event queue failed, ret: %u, taskId: %u.",
                   ret, taskId);
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
@@ -61,12 +64,14 @@ uint32_t MDTLM_VRALDCN_DelTlmTask(uint32_t sensorType, uint32_t instanceId, uint
 {
     MDTLM_EVENT_MSG *event = NewTaskEvent(MDTLM_EVENT_DEL_TASK, sensorType, instanceId, taskId);
     if (event == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_DelTlmTask] Alloc memory failed..");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_DEL_ENTRY_ALLOC_FAILED,
+                     "[NTVVRALDCN_DelTlmTask] Alloc memory failed..");
         return 1;
     }
     uint32_t ret = MDTLM_VRALDCN_EVENT_Push(event);
     if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: %u.", ret);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_DEL_ENTRY_PUSH_FAILED,
+                     "[NTVVRALDCN_DelTlmTask] push task to event queue failed, ret: %u.", ret);
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&event));
     }
     return 0;

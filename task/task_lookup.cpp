@@ -5,6 +5,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
+#include "task_log_lines.h"
 
 extern "C" {
 
@@ -51,7 +52,8 @@ MDTLM_TASK_DATA *MDTLM_VRALDCN_GetTlmTaskInfo(uint32_t sensorType, uint32_t inst
         return nullptr;
     }
     if (MDTLM_TaskListIsEmpty(head)) {
-        MDTLM_LOG(MDTLM_LOG_NOTICE, "[NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty.");
+        MDTLM_LOG_AT(MDTLM_LOG_NOTICE, MDTLM_LINE_TASK_LIST_EMPTY,
+                     "[NTVVRALDCN_GetTlmTaskInfo] Telemetry task list is empty.");
         return nullptr;
     }
     MDTLM_TASK_NODE *node = MDTLM_TaskListFind(head, instanceId, taskId);

@@ -8,6 +8,7 @@
 #include "mdtlm_log.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -37,7 +38,8 @@ uint32_t MDTLM_VRALDCN_TASK_AddTlmTaskToList(void *payload, uint32_t payloadLen)
         return 1;
     }
     if (payload == nullptr || payloadLen != sizeof(MDTLM_TASK_DATA)) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_TASK_AddTlmTaskToList] Msg is NULL, msgLen: %u", payloadLen);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_ADD_HANDLER_BAD_PAYLOAD,
+                     "[NTVVRALDCN_TASK_AddTlmTaskToList] Msg is NULL, msgLen: %u", payloadLen);
         return 1;
     }
     const auto *request = static_cast<const MDTLM_TASK_DATA *>(payload);
@@ -57,7 +59,8 @@ uint32_t MDTLM_VRALDCN_TASK_AddTlmTaskToList(void *payload, uint32_t payloadLen)
     }
     auto *node = static_cast<MDTLM_TASK_NODE *>(MDTLM_VRALDCN_BufAlloc(sizeof(MDTLM_TASK_NODE)));
     if (node == nullptr) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] failed, alloc memery falied.",
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_ADD_HANDLER_NODE_ALLOC_FAILED,
+                     "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] failed, alloc memery falied.",
                   request->taskId);
         return 1;
     }
@@ -68,14 +71,16 @@ uint32_t MDTLM_VRALDCN_TASK_AddTlmTaskToList(void *payload, uint32_t payloadLen)
     MDTLM_TaskListPushFront(head, node);
     (void)MDTLM_FEM_WriteTaskStat2DbProc(node->data.sensorType, &node->data);
     NoteClampedPathInfo(node->data);
-    MDTLM_LOG(MDTLM_LOG_SUCCESS, "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] success.", node->data.taskId);
+    MDTLM_LOG_AT(MDTLM_LOG_SUCCESS, MDTLM_LINE_ADD_HANDLER_SUCCESS,
+                 "[NTVVRALDCN_AdddTlmTask] Add telemetry task[%u] success.", node->data.taskId);
     return 0;
 }
 
 uint32_t MDTLM_VRALDCN_TASK_DelTlmTaskFromList(void *payload, uint32_t payloadLen)
 {
     if (payload == nullptr || payloadLen != sizeof(MDTLM_TASK_DATA)) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[NTVVRALDCN_TASK_DelTlmTaskFromList] Msg is NULL, msgLen: %u", payloadLen);
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_DEL_HANDLER_BAD_PAYLOAD,
+                     "[NTVVRALDCN_TASK_DelTlmTaskFromList] Msg is NULL, msgLen: %u", payloadLen);
         return 1;
     }
     const auto *request = static_cast<const MDTLM_TASK_DATA *>(payload);
@@ -84,7 +89,8 @@ uint32_t MDTLM_VRALDCN_TASK_DelTlmTaskFromList(void *payload, uint32_t payloadLe
         return 1;
     }
     if (MDTLM_TaskListIsEmpty(head)) {
-        MDTLM_LOG(MDTLM_LOG_NOTICE, "[NTVVRALDCN_TASK_DelTlmTaskFromList] Telemetry task list is empty.");
+        MDTLM_LOG_AT(MDTLM_LOG_NOTICE, MDTLM_LINE_DEL_HANDLER_LIST_EMPTY,
+                     "[NTVVRALDCN_TASK_DelTlmTaskFromList] Telemetry task list is empty.");
         return 0;
     }
     MDTLM_TASK_NODE *node = MDTLM_TaskListFind(head, request->instanceId, request->taskId);
@@ -97,7 +103,8 @@ uint32_t MDTLM_VRALDCN_TASK_DelTlmTaskFromList(void *payload, uint32_t payloadLe
 
     MDTLM_TaskListUnlink(node);
     MDTLM_TaskNodeFree(&node);
-    MDTLM_LOG(MDTLM_LOG_SUCCESS, "[NTVVRALDCN_TASK_DelTlmTaskFromList] Delete telemetry task[%u] success.", taskId);
+    MDTLM_LOG_AT(MDTLM_LOG_SUCCESS, MDTLM_LINE_DEL_HANDLER_SUCCESS,
+                 "[NTVVRALDCN_TASK_DelTlmTaskFromList] Delete telemetry task[%u] success.", taskId);
 
     if (MDTLM_TaskListIsEmpty(head)) {
         MDTLM_VRALDCN_ClearReportPerfData();

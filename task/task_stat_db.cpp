@@ -11,6 +11,7 @@
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
 #include "task_list.h"
+#include "task_log_lines.h"
 
 namespace {
 
@@ -112,7 +113,8 @@ uint32_t MDTLM_FEM_AddTaskStatDb(uint32_t sensorType, MDTLM_TASK_DATA *task, MDT
     }
     uint32_t ret = MDTLM_FEM_SetTaskStatDbRecord(rec);
     if (ret != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[MDTLM_VRALDCN_TASK] Write task stat to db failed.");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_STAT_NEW_WRITE_FAILED,
+                     "[MDTLM_VRALDCN_TASK] Write task stat to db failed.");
     }
     return ret;
 }
@@ -125,7 +127,8 @@ void MDTLM_FEM_UpdateTaskStatDb(uint32_t sensorType, MDTLM_TASK_DATA *task, MDTL
     }
     AccumulateTaskStats(task->stats, rec);
     if (MDTLM_FEM_SetTaskStatDbRecord(rec) != 0) {
-        MDTLM_LOG(MDTLM_LOG_FAILURE, "[MDTLM_VRALDCN_TASK] Write task stat to db failed.");
+        MDTLM_LOG_AT(MDTLM_LOG_FAILURE, MDTLM_LINE_TASK_STAT_UPDATE_WRITE_FAILED,
+                     "[MDTLM_VRALDCN_TASK] Write task stat to db failed.");
     }
 }
 

@@ -144,10 +144,12 @@ TEST_F(FlowPath, FlowHopEncodeFailureIsLoggedWithItsTag)
 {
     MDTLM_TASK_DATA *task = ReadyTask(MDTLM_SENSOR_VRAL_FLOWHOP, 1, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON));
     ASSERT_TRUE(task != nullptr && task->jsonBuffer != nullptr);
-    MDTLM_HOST_FaultSet(MDTLM_HOST_OP_SPRINTF_S, 0, 1000, -1); /* no JSON text can be formatted */
+    /* Without its sample buffer (the tick could not allocate it) the record cannot be stored. */
+    MDTLM_SAMPLE_BUFFER *buffer = task->jsonBuffer;
+    task->jsonBuffer = nullptr;
     const MDTLM_FLOWHOP_STATS_REC rec = FlowHopRecord();
     MDTLM_VRALDCN_FLOWHOP_STATS_EncodeStatsData(&rec, task);
-    MDTLM_HOST_FaultClear();
+    task->jsonBuffer = buffer;
     EXPECT_EQ(fw.CountShape("[mdtlm.vraldcn.statis:#][FLOWHOP_STATS_EncodeStatsData] Stats data encode failed, "
                             "ret: -1.",
                             MDTLM_LOG_FAILURE),

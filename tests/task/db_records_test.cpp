@@ -51,6 +51,46 @@ TEST_F(TaskWorld, SlotsAreClaimedByPeriodAndTakenOver64Later)
     EXPECT_EQ(Perf(9, "period_index"), -1); /* claimed, never counted: not written */
 }
 
+TEST_F(TaskWorld, StartTimeIsStoredOnlyInASlotItClaims)
+{
+    ASSERT_EQ(Add(1, 1, 1), 0u);
+    struct Case {
+        const char *name;
+        bool countedBefore; /* the slot was claimed by a count for `held` */
+        uint32_t held;
+        uint32_t period;
+        bool claims;
+    };
+    const Case cases[] = {
+        {"fresh slot 0 already holds period 0", false, 0, 0, false},
+        {"slot holds the period", true, 70, 70, false},
+        {"slot holds another period", true, 6, 70, true},
+        {"slot holds a period 64 later", true, 137, 73, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        MDTLM_REPORT_PERF_SLOT &slot = g_mdtlmNtvVralDcnReportPerf[c.period & 63];
+        if (c.countedBefore) {
+            MDTLM_VRALDCN_UpdateReportPerfInFwmItermCnt(c.held, 1, 264);
+        }
+        const MDTLM_REPORT_PERF_REC before = slot.rec;
+        slot.dirty = 0;
+        MDTLM_VRALDCN_UpdateReportPerfStartTime(c.period, 21, 22);
+        EXPECT_EQ(slot.dirty, 1u);
+        EXPECT_EQ(slot.rec.period_index, c.period);
+        EXPECT_EQ(slot.rec.history_id, c.period & 63);
+        if (c.claims) {
+            EXPECT_EQ(slot.rec.start_time_s, 21u);
+            EXPECT_EQ(slot.rec.start_time_ms, 22u);
+            EXPECT_EQ(slot.rec.in_fwm_item_count, 0u); /* the older period's counts are gone */
+        } else {
+            EXPECT_EQ(slot.rec.start_time_s, before.start_time_s); /* the start of its claim */
+            EXPECT_EQ(slot.rec.start_time_ms, before.start_time_ms);
+            EXPECT_EQ(slot.rec.in_fwm_item_count, before.in_fwm_item_count);
+        }
+    }
+}
+
 TEST_F(TaskWorld, DirtySlotsWrittenWholeThenUpdatedFieldByField)
 {
     ASSERT_EQ(Add(1, 1, 1), 0u);

@@ -1,0 +1,60 @@
+/*
+ * The fixed numbers that the log lines of the task area carry after the source
+ * label (written with MDTLM_LOG_AT). Each number belongs to one line and is the
+ * same on every path that writes the line, whatever the line of the call; the
+ * task area's other lines carry the line of their call.
+ */
+#ifndef MDTLM_TASK_LOG_LINES_H
+#define MDTLM_TASK_LOG_LINES_H
+
+enum MDTLM_TASK_LOG_LINE : int {
+    /* Add and delete entries (framework threads). */
+    MDTLM_LINE_ADD_ENTRY_ALLOC_FAILED = 272,
+    MDTLM_LINE_ADD_ENTRY_PUSH_FAILED = 287,
+    MDTLM_LINE_DEL_ENTRY_ALLOC_FAILED = 413,
+    MDTLM_LINE_DEL_ENTRY_PUSH_FAILED = 425,
+
+    /* Add and delete handlers and the task lookup (worker thread). */
+    MDTLM_LINE_TASK_LIST_EMPTY = 248, /* add handler's lookup and the exported lookup */
+    MDTLM_LINE_ADD_HANDLER_BAD_PAYLOAD = 366,
+    MDTLM_LINE_ADD_HANDLER_NODE_ALLOC_FAILED = 389,
+    MDTLM_LINE_ADD_HANDLER_SUCCESS = 401,
+    MDTLM_LINE_DEL_HANDLER_BAD_PAYLOAD = 478,
+    MDTLM_LINE_DEL_HANDLER_LIST_EMPTY = 488,
+    MDTLM_LINE_DEL_HANDLER_SUCCESS = 505,
+
+    /* Sample buffers and their time stamps. */
+    MDTLM_LINE_COLLECT_CLOCK_FAILED = 58,
+    MDTLM_LINE_SENSOR_BUFFER_ALLOC_FAILED = 129,
+    MDTLM_LINE_TASK_GPB_BUFFER_ALLOC_FAILED = 147,
+    MDTLM_LINE_TASK_JSON_BUFFER_ALLOC_FAILED = 156,
+    MDTLM_LINE_TASK_WALK_STOPPED = 178,
+
+    /* Sample upload. */
+    MDTLM_LINE_UPLOAD_NO_TABLE = 523,
+    MDTLM_LINE_UPLOAD_REFUSED = 529,
+    MDTLM_LINE_FORMAT_COPY_FAILED = 558,
+    MDTLM_LINE_TASK_UPLOAD_ALLOC_FAILED = 608,
+    MDTLM_LINE_TASK_UPLOAD_FORMAT_FAILED = 612,
+    MDTLM_LINE_SENSOR_UPLOAD_ALLOC_FAILED = 661,
+    MDTLM_LINE_SENSOR_UPLOAD_FORMAT_FAILED = 666,
+
+    /* Report-performance ring and its database rows. */
+    MDTLM_LINE_REPORT_PERF_CLOCK_FAILED = 51,
+    MDTLM_LINE_REPORT_PERF_UPDATE_HANDLE_FAILED = 38,
+    MDTLM_LINE_REPORT_PERF_UPDATE_SET_FAILED = 57,
+    MDTLM_LINE_REPORT_PERF_UPDATE_FAILED = 64,
+    MDTLM_LINE_REPORT_PERF_WRITE_HANDLE_FAILED = 78,
+    MDTLM_LINE_REPORT_PERF_WRITE_SET_FAILED = 87,
+    MDTLM_LINE_REPORT_PERF_WRITE_FAILED = 94,
+    MDTLM_LINE_REPORT_PERF_STORE_FAILED = 123,
+    MDTLM_LINE_REPORT_PERF_STORE_SUCCESS = 128,
+    MDTLM_LINE_REPORT_PERF_TRUNCATE_FAILED = 137,
+    MDTLM_LINE_REPORT_PERF_TICK_WRITE_FAILED = 145,
+
+    /* Task statistics records. */
+    MDTLM_LINE_TASK_STAT_NEW_WRITE_FAILED = 134,
+    MDTLM_LINE_TASK_STAT_UPDATE_WRITE_FAILED = 159,
+};
+
+#endif /* MDTLM_TASK_LOG_LINES_H */
