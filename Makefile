@@ -1,6 +1,8 @@
 # Top-level commands. Each one installs what is missing and builds first.
-#   make demo       run the host simulator on the example configuration (~10 s)
+#   make demo       build the plug-in and the simulator only, run it on the example configuration
 #   make test       build and run every test
+#   make install PREFIX=DIR   install libraries, headers, tools, schemas, man pages,
+#                   pkg-config and CMake package files under DIR (default /usr/local)
 #   make test-asan  the same under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make test-tsan  the same under ThreadSanitizer
 #   make bench      run the benchmarks, then count instructions per record (callgrind)
@@ -8,18 +10,31 @@
 JOBS ?= $(shell nproc)
 BUILD ?= build
 FUZZ_SECONDS ?= 60
+PREFIX ?= /usr/local
+CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+# What the demo runs (the simulator; it brings the plug-in and the host
+# platform along) and what an install holds.
+DEMO_TARGETS = mdtlm-sim
+INSTALL_TARGETS = mdtlm_vraldcn mdtlm_platform mdtlm-sim mdtlm-send mdtlm-platform-check
 
-.PHONY: deps build demo test test-asan test-tsan bench fuzz clean
+.PHONY: deps build demo install test test-asan test-tsan bench fuzz clean
 
 deps:
 	@./scripts/install-deps.sh
 
 build: deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	$(CONFIGURE)
 	cmake --build $(BUILD) -j$(JOBS)
 
-demo: build
-	$(BUILD)/tools/mdtlm-sim --plugin $(BUILD)/libmdtlm_vraldcn.so --config examples/demo.json --duration 10
+demo: deps
+	$(CONFIGURE)
+	cmake --build $(BUILD) -j$(JOBS) --target $(DEMO_TARGETS)
+	$(BUILD)/tools/mdtlm-sim --config examples/demo.json --duration 10
+
+install: deps
+	$(CONFIGURE)
+	cmake --build $(BUILD) -j$(JOBS) --target $(INSTALL_TARGETS)
+	cmake --install $(BUILD) --prefix $(PREFIX)
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)

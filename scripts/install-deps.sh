@@ -5,7 +5,7 @@ set -euo pipefail
 
 declare -A groups
 groups[build]="cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
-               libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev"
+               libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev pkgconf"
 groups[bench]="valgrind libprotozero-dev rapidjson-dev python3-matplotlib"
 groups[fuzz]="clang libclang-rt-14-dev"
 
@@ -27,8 +27,22 @@ done
 if [ ${#missing[@]} -eq 0 ]; then
   exit 0
 fi
-echo "installing: ${missing[*]}"
+install_command="apt-get install -y --no-install-recommends ${missing[*]}"
 SUDO=""
-if [ "$(id -u)" -ne 0 ]; then SUDO=sudo; fi
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null 2>&1; then
+    # Nothing here can install packages: say exactly what root must run.
+    {
+      echo "install-deps: missing Debian packages: ${missing[*]}"
+      echo "install-deps: installing them needs root, and this user is not root and has no sudo."
+      echo "install-deps: as root, run:"
+      echo "    $install_command"
+      echo "install-deps: (after 'apt-get update' if a package is not found), then run this command again."
+    } >&2
+    exit 1
+  fi
+  SUDO=sudo
+fi
+echo "installing: ${missing[*]}"
 $SUDO apt-get update -qq
 DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,11 +1,13 @@
 /*
- * Command-line reading shared by mdtlm-sim and mdtlm-send.
+ * Command-line reading shared by the host tools.
  */
 #include "cli_args.h"
 
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+
+#include "mdtlm_version.h"
 
 namespace mdtlm::tools {
 
@@ -38,6 +40,18 @@ bool ArgReader::Option(std::string_view name, std::string &value)
         return true;
     }
     return false;
+}
+
+void ExitOnInfoFlag(ArgReader &args, const char *tool, void (*usage)(FILE *out))
+{
+    if (args.Flag("--help") || args.Flag("-h")) {
+        usage(stdout);
+        std::exit(0);
+    }
+    if (args.Flag("--version")) {
+        std::printf("%s %s\n", tool, MDTLM_VERSION_STRING);
+        std::exit(0);
+    }
 }
 
 std::string ArgReader::Positional()

@@ -6,6 +6,7 @@
 #define MDTLM_TOOLS_CLI_ARGS_H
 
 #include <cstdint>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -35,6 +36,10 @@ private:
     char **argv_;
     int next_ = 1;
 };
+
+/* When the current argument is --help or -h (prints `usage` to stdout) or
+ * --version (prints "TOOL VERSION"), exits 0; otherwise consumes nothing. */
+void ExitOnInfoFlag(ArgReader &args, const char *tool, void (*usage)(FILE *out));
 
 /* Unsigned decimal in [min, max]; throws UsageError naming the option. */
 uint64_t ParseUnsigned(std::string_view option, const std::string &text, uint64_t min, uint64_t max);

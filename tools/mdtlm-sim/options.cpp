@@ -5,26 +5,15 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <utility>
 
 #include "cli_args.h"
+#include "install_paths.h"
 #include "mdtlm_version.h"
 #include "sensor_table.h"
 
 namespace mdtlm::sim {
 namespace {
-
-/* The plug-in built next to this program's directory: <build>/tools/mdtlm-sim -> <build>/libmdtlm_vraldcn.so */
-std::string DefaultPluginPath()
-{
-    std::error_code error;
-    std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) {
-        return "libmdtlm_vraldcn.so";
-    }
-    return (self.parent_path() / ".." / "libmdtlm_vraldcn.so").lexically_normal().string();
-}
 
 const std::pair<const char *, LogLevel> kLogLevels[] = {
     {"none", LogLevel::None},
@@ -55,7 +44,7 @@ void PrintUsage(FILE *out)
                  "  --list-fields [SENSOR]  print every configuration key and, per sensor, the condition and\n"
                  "                       filter names with the form of their values, as the plug-in reports\n"
                  "                       them (markdown; the whole text is docs/configuration.md); exit\n"
-                 "  --plugin PATH        the plug-in (default: ../libmdtlm_vraldcn.so next to this program)\n"
+                 "  --plugin PATH        the plug-in (default: the installed one, or the build tree's)\n"
                  "  --duration SECONDS   generate records for this long, then stop (0, the default: until\n"
                  "                       Ctrl-C; with --records: until every record is sent)\n"
                  "  --drain SECONDS      after the traffic stops, let the plug-in empty its queue (2000\n"
@@ -73,7 +62,7 @@ void PrintUsage(FILE *out)
                  "  --log FILE           also write every plug-in log line here\n"
                  "  --log-level LEVEL    plug-in lines shown on stderr: none, failures, notices (failures and\n"
                  "                       notices, the default) or all (also success lines)\n"
-                 "  --proto-dir DIR      schemas that decode GPB samples (default: the source tree's proto/)\n"
+                 "  --proto-dir DIR      schemas that decode GPB samples (default: the installed ones, or the source tree's)\n"
                  "  --gpb-format text|json  how GPB samples are printed (default text)\n"
                  "  --compact            one line per printed sample\n"
                  "  --quiet              print no samples\n"
@@ -90,7 +79,7 @@ Options ParseOptions(int argc, char **argv)
     using tools::ParseUnsigned;
     Options options;
     options.plugin = DefaultPluginPath();
-    options.protoDir = MDTLM_SIM_PROTO_DIR;
+    options.protoDir = DefaultProtoDir();
     tools::ArgReader args(argc, argv);
     std::string value;
     while (!args.Done()) {
