@@ -54,7 +54,7 @@ const std::map<int, Expectation> kExpected = {
     {MDTLM_HOST_OP_DB_UPDATE, {true, {"Update vraldcn_mdtlm_report_perf failed"}}},
     {MDTLM_HOST_OP_HPX_GET_ACTIVE, {true, {"HPX_PAT_GetC2HActiveFunc failed"}}},
     {MDTLM_HOST_OP_MEMCPY_S, {true, {"failed"}}},
-    {MDTLM_HOST_OP_SPRINTF_S, {false, {"encode failed"}}},
+    {MDTLM_HOST_OP_SPRINTF_S, {false, {"encode failed", "Format sampleData failed"}}},
 };
 
 bool ShowsOneOf(const std::set<std::string> &lines, const std::vector<std::string> &anyOf)
