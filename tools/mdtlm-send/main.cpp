@@ -12,7 +12,6 @@
 #include <thread>
 
 #include "cli_args.h"
-#include "mdtlm_version.h"
 #include "record_script.h"
 #include "sensor_table.h"
 #include "stats_wire.h"
@@ -65,13 +64,8 @@ Options ParseOptions(int argc, char **argv)
     ArgReader args(argc, argv);
     std::string value;
     while (!args.Done()) {
-        if (args.Flag("--help") || args.Flag("-h")) {
-            Usage(stdout);
-            std::exit(0);
-        } else if (args.Flag("--version")) {
-            std::printf("mdtlm-send %s\n", MDTLM_VERSION_STRING);
-            std::exit(0);
-        } else if (args.Option("--port", value)) {
+        ExitOnInfoFlag(args, "mdtlm-send", Usage);
+        if (args.Option("--port", value)) {
             options.port = static_cast<uint16_t>(ParseUnsigned("--port", value, 1, 65535));
         } else if (args.Option("--repeat", value)) {
             options.repeat = ParseUnsigned("--repeat", value, 1, UINT32_MAX);

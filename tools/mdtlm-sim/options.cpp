@@ -9,7 +9,6 @@
 
 #include "cli_args.h"
 #include "install_paths.h"
-#include "mdtlm_version.h"
 #include "sensor_table.h"
 
 namespace mdtlm::sim {
@@ -83,13 +82,8 @@ Options ParseOptions(int argc, char **argv)
     tools::ArgReader args(argc, argv);
     std::string value;
     while (!args.Done()) {
-        if (args.Flag("--help") || args.Flag("-h")) {
-            PrintUsage(stdout);
-            std::exit(0);
-        } else if (args.Flag("--version")) {
-            std::printf("mdtlm-sim %s\n", MDTLM_VERSION_STRING);
-            std::exit(0);
-        } else if (args.Option("--config", value)) {
+        tools::ExitOnInfoFlag(args, "mdtlm-sim", PrintUsage);
+        if (args.Option("--config", value)) {
             options.config = value;
         } else if (args.Option("--plugin", value)) {
             options.plugin = value;
