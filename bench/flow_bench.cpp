@@ -98,14 +98,12 @@ void RunCodedStream(benchmark::State &state, const Rec &rec, uint32_t container)
 
 /* -------------------------------------------- reference: DynamicMessage */
 
-/* The sample message of a schema in proto/, next to this file's directory. */
+/* The sample message of a schema in proto/ (its directory given by the build). */
 class Schema {
 public:
     Schema(const char *file, const char *sample)
     {
-        std::string dir = __FILE__;
-        dir = dir.substr(0, dir.rfind('/'));
-        tree_.MapPath("", dir.substr(0, dir.rfind('/')) + "/proto");
+        tree_.MapPath("", MDTLM_BENCH_PROTO_DIR);
         importer_.Import(file);
         const auto *desc = importer_.pool()->FindMessageTypeByName(sample);
         if (desc != nullptr) {

@@ -338,7 +338,7 @@ void RunGpbReference(benchmark::State &state, const Rec &rec, const Sensor<Rec> 
     benchmark::ClobberMemory();
 }
 
-/* The schemas of proto/, beside this file's directory. */
+/* The schemas of proto/ (its directory given by the build). */
 struct Schemas {
     google::protobuf::compiler::DiskSourceTree tree;
     struct Quiet : google::protobuf::compiler::MultiFileErrorCollector {
@@ -349,9 +349,7 @@ struct Schemas {
 
     Schemas()
     {
-        std::string dir = __FILE__;
-        dir = dir.substr(0, dir.rfind('/'));
-        tree.MapPath("", dir.substr(0, dir.rfind('/')) + "/proto");
+        tree.MapPath("", MDTLM_BENCH_PROTO_DIR);
     }
 };
 
