@@ -213,6 +213,7 @@ void BM_FlowGpb_Dynamic(benchmark::State &s) { RunDynamic(s, kFlow4, kFlowProto,
 void BM_FlowGpbIpv6(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, kFlow6); }
 void BM_FlowGpbIpv6_CodedStream(benchmark::State &s) { RunCodedStream(s, kFlow6, 2); }
 void BM_FlowJson(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, kFlow4); }
+void BM_FlowJsonIpv6(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, kFlow6); }
 void BM_FlowJson_Dynamic(benchmark::State &s) { RunDynamic(s, kFlow4, kFlowProto, "mdtlm.flow.Sample", true); }
 void BM_FlowHopGpb(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, kHop); }
 void BM_FlowHopGpb_CodedStream(benchmark::State &s) { RunCodedStream(s, kHop, 3); }
@@ -229,6 +230,7 @@ BENCHMARK(BM_FlowGpbIpv6);
 BENCHMARK(BM_FlowGpbIpv6_CodedStream);
 BENCHMARK(BM_FlowJson);
 BENCHMARK(BM_FlowJson_Dynamic);
+BENCHMARK(BM_FlowJsonIpv6);
 BENCHMARK(BM_FlowHopGpb);
 BENCHMARK(BM_FlowHopGpb_CodedStream);
 BENCHMARK(BM_FlowHopGpb_Dynamic);
