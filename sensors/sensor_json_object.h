@@ -27,6 +27,7 @@
 #include "mdtlm_types.h"
 #include "number_text.h"
 #include "sensor_log_texts.h"
+#include "sensor_text_table.h"
 
 /* The parameter check of a JSON message encoder: MDTLM_ENCODE_FAIL, logged
  * with `nullFormat` ("[%s:%d]...") carrying the number `nullLine`, without a
@@ -188,14 +189,27 @@ constexpr bool MDTLM_JsonArgFits()
     } else if constexpr (C == MDTLM_JSON_CONV_U64) {
         return std::is_same_v<Arg, unsigned long long>;
     } else {
-        return std::is_same_v<Arg, const char *> || std::is_same_v<Arg, char *>;
+        return std::is_same_v<Arg, const char *> || std::is_same_v<Arg, char *> || std::is_same_v<Arg, MDTLM_SIZED_TEXT>;
     }
+}
+
+/* An argument as the formatter takes it: a sized text by its characters. */
+template <typename Arg>
+Arg MDTLM_JsonFormatArg(Arg arg)
+{
+    return arg;
+}
+inline const char *MDTLM_JsonFormatArg(MDTLM_SIZED_TEXT arg)
+{
+    return arg.text;
 }
 
 template <MDTLM_JSON_CONVERSION C, typename Arg>
 std::size_t MDTLM_JsonTextLen(Arg arg)
 {
-    if constexpr (C == MDTLM_JSON_CONV_TEXT) {
+    if constexpr (std::is_same_v<Arg, MDTLM_SIZED_TEXT>) {
+        return arg.len;
+    } else if constexpr (C == MDTLM_JSON_CONV_TEXT) {
         return std::strlen(arg);
     } else {
         (void)arg;
@@ -211,7 +225,7 @@ inline void MDTLM_JsonPutMember(char *&pos, Arg arg, std::size_t textLen)
     std::memcpy(pos, T.text + piece.start, piece.len);
     pos += piece.len;
     if constexpr (piece.conv == MDTLM_JSON_CONV_TEXT) {
-        std::memcpy(pos, arg, textLen);
+        std::memcpy(pos, MDTLM_JsonFormatArg(arg), textLen);
         pos += textLen;
     } else {
         pos += MDTLM_PutDecimal(pos, arg);
@@ -232,7 +246,7 @@ int32_t MDTLM_JsonWriteMembers(uint8_t *out, int32_t cap, Args... args)
             most += len;
         }
         if (out == nullptr || cap < 0 || most > static_cast<std::size_t>(cap)) {
-            return MDTLM_JsonWriteObject(out, cap, T.text, args...);
+            return MDTLM_JsonWriteObject(out, cap, T.text, MDTLM_JsonFormatArg(args)...);
         }
         char *pos = reinterpret_cast<char *>(out);
         *pos++ = '{';
