@@ -98,14 +98,12 @@ void RunCodedStream(benchmark::State &state, const Rec &rec, uint32_t container)
 
 /* -------------------------------------------- reference: DynamicMessage */
 
-/* The sample message of a schema in proto/, next to this file's directory. */
+/* The sample message of a schema in proto/ (its directory given by the build). */
 class Schema {
 public:
     Schema(const char *file, const char *sample)
     {
-        std::string dir = __FILE__;
-        dir = dir.substr(0, dir.rfind('/'));
-        tree_.MapPath("", dir.substr(0, dir.rfind('/')) + "/proto");
+        tree_.MapPath("", MDTLM_BENCH_PROTO_DIR);
         importer_.Import(file);
         const auto *desc = importer_.pool()->FindMessageTypeByName(sample);
         if (desc != nullptr) {
@@ -215,6 +213,7 @@ void BM_FlowGpb_Dynamic(benchmark::State &s) { RunDynamic(s, kFlow4, kFlowProto,
 void BM_FlowGpbIpv6(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg, kFlow6); }
 void BM_FlowGpbIpv6_CodedStream(benchmark::State &s) { RunCodedStream(s, kFlow6, 2); }
 void BM_FlowJson(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, kFlow4); }
+void BM_FlowJsonIpv6(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, kFlow6); }
 void BM_FlowJson_Dynamic(benchmark::State &s) { RunDynamic(s, kFlow4, kFlowProto, "mdtlm.flow.Sample", true); }
 void BM_FlowHopGpb(benchmark::State &s) { RunPlugin(s, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg, kHop); }
 void BM_FlowHopGpb_CodedStream(benchmark::State &s) { RunCodedStream(s, kHop, 3); }
@@ -231,6 +230,7 @@ BENCHMARK(BM_FlowGpbIpv6);
 BENCHMARK(BM_FlowGpbIpv6_CodedStream);
 BENCHMARK(BM_FlowJson);
 BENCHMARK(BM_FlowJson_Dynamic);
+BENCHMARK(BM_FlowJsonIpv6);
 BENCHMARK(BM_FlowHopGpb);
 BENCHMARK(BM_FlowHopGpb_CodedStream);
 BENCHMARK(BM_FlowHopGpb_Dynamic);

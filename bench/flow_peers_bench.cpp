@@ -6,14 +6,12 @@
  *     kept and refilled per record, serialised into the sample buffer);
  *   - "Protozero": protozero's pbf_writer over the sample buffer (when the
  *     headers are installed: scripts/install-deps.sh bench);
- *   - JSON "Direct": a writer emitting the plug-in's bytes member by member
- *     (literal keys copied, numbers with std::to_chars);
  *   - JSON "RapidJson": RapidJSON's Writer producing the same object.
  * Before timing, every peer's record is checked: GPB peers must decode to the
- * plug-in's record field for field, JSON peers must give its bytes (RapidJSON
- * its object, byte for byte apart from the trailing ","). The plug-in's own
- * lines are BM_FlowGpb, BM_FlowGpbIpv6, BM_FlowJson, BM_FlowHopGpb in
- * flow_bench.cpp.
+ * plug-in's record field for field, RapidJSON's object followed by "," must be
+ * the plug-in's bytes. The plug-in's own lines are BM_FlowGpb, BM_FlowGpbIpv6,
+ * BM_FlowJson, BM_FlowJsonIpv6, BM_FlowHopGpb in flow_bench.cpp; the direct
+ * JSON writers are in json_direct_bench.cpp.
  */
 #include <benchmark/benchmark.h>
 
@@ -23,6 +21,7 @@
 #include <string_view>
 
 #include "bench_support.h"
+#include "direct_json.h"
 #include "generated_peer.h"
 #include "flow_hop_statistics.pb.h"
 #include "flow_records.h"
@@ -212,107 +211,7 @@ BENCHMARK(BM_FlowGpbIpv6_Protozero);
 BENCHMARK(BM_FlowHopGpb_Protozero);
 #endif
 
-/* -------------------------------------------------------------- JSON */
-
-/* A writer of the plug-in's bytes: literal keys copied, numbers by to_chars. */
-class DirectJson {
-public:
-    DirectJson(char *out) : pos_(out), start_(out) {}
-    void Key(std::string_view key)
-    {
-        std::memcpy(pos_, key.data(), key.size());
-        pos_ += key.size();
-    }
-    void Num(std::string_view key, uint64_t v)
-    {
-        Key(key);
-        pos_ = std::to_chars(pos_, pos_ + 20, v).ptr;
-    }
-    void Text(std::string_view key, const char *text)
-    {
-        Key(key);
-        *pos_++ = '"';
-        const size_t len = std::strlen(text);
-        std::memcpy(pos_, text, len);
-        pos_ += len;
-        *pos_++ = '"';
-    }
-    int32_t End()
-    {
-        Key("},");
-        *pos_ = '\0';
-        return static_cast<int32_t>(pos_ - start_);
-    }
-
-private:
-    char *pos_;
-    char *start_;
-};
-
-int32_t DirectFlowJson(const MDTLM_FLOW_STATS_REC &r, uint8_t *out)
-{
-    Body b;
-    Derive(r, &b); /* texts and addresses */
-    DirectJson w(reinterpret_cast<char *>(out));
-    w.Num("{\"flow-id\":", FlowId(r.flowIdHigh, r.flowIdLow));
-    w.Num(",\"direction\":", r.direction == 1 ? 1 : 4);
-    w.Num(",\"address-family\":", r.addressFamily == 1 ? 0 : 1);
-    w.Text(",\"source-ip\":", b.src);
-    w.Text(",\"destination-ip\":", b.dst);
-    w.Num(",\"source-port\":", r.srcPort);
-    w.Num(",\"destination-port\":", r.dstPort);
-    w.Num(",\"protocol\":", r.protocol);
-    w.Num(",\"if-index\":", r.ifIndex);
-    w.Num(",\"error-info\":", r.errorInfo);
-    w.Num(",\"error-info-ext\":", r.errorInfoExt);
-    w.Num(",\"interval\":", r.interval);
-    w.Num(",\"period-id\":", r.periodId);
-    w.Num(",\"packet-count\":", r.packetCount);
-    w.Num(",\"byte-count\":", r.byteCount);
-    w.Num(",\"timestamp-second\":", r.timestampSecond);
-    w.Num(",\"timestamp-nanosecond\":", r.timestampNanosecond);
-    w.Num(",\"ttl\":", r.ttl);
-    w.Num(",\"measure-mode\":", r.measureMode);
-    w.Num(",\"vlan\":", r.vlan);
-    w.Num(",\"queue-pair\":", r.queuePair);
-    w.Num(",\"tunnel-mode\":", TunnelMode(r.tunnelFlag, r.tunnelType));
-    w.Num(",\"tunnel-id\":", r.tunnelId);
-    w.Num(",\"outer-ttl\":", r.outerTtl);
-    w.Num(",\"sequence-number\":", r.sequenceNumber);
-    w.Text(",\"chassis-id\":", b.chassis);
-    w.Text(",\"slot-id\":", b.slot);
-    return w.End();
-}
-
-bool SameJsonAsPlugin(const MDTLM_FLOW_STATS_REC &r, std::string_view peer)
-{
-    uint8_t ours[2048];
-    const int32_t len = MDTLM_VRALDCN_FLOW_JSON_EncodeMsg(&r, ours, sizeof(ours));
-    return len > 0 && std::string_view(reinterpret_cast<const char *>(ours), static_cast<size_t>(len)) == peer;
-}
-
-void RunDirectJson(benchmark::State &state, const MDTLM_FLOW_STATS_REC &rec)
-{
-    auto write = [&](uint8_t *out, int32_t) { return DirectFlowJson(rec, out); };
-    uint8_t check[2048];
-    const int32_t len = write(check, sizeof(check));
-    if (!SameJsonAsPlugin(rec, std::string_view(reinterpret_cast<const char *>(check), static_cast<size_t>(len)))) {
-        state.SkipWithError("direct JSON differs from the plug-in's");
-        return;
-    }
-    BenchAppendLoop(state, kRoom, 1, "direct JSON failed", write);
-    state.SetItemsProcessed(state.iterations());
-}
-void BM_FlowJson_Direct(benchmark::State &s) { RunDirectJson(s, kFlow4); }
-void BM_FlowJsonIpv6_Direct(benchmark::State &s) { RunDirectJson(s, kFlow6); }
-void BM_FlowJsonIpv6(benchmark::State &s)
-{
-    BenchAppendRecords(s, kRoom, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, kFlow6);
-    s.SetItemsProcessed(s.iterations());
-}
-BENCHMARK(BM_FlowJson_Direct);
-BENCHMARK(BM_FlowJsonIpv6);
-BENCHMARK(BM_FlowJsonIpv6_Direct);
+/* ------------------------------------------------------ JSON RapidJSON */
 
 #ifdef MDTLM_BENCH_RAPIDJSON
 /* RapidJSON's Writer into a string buffer kept between records, then copied
@@ -368,14 +267,7 @@ void RunRapidJson(benchmark::State &state, const MDTLM_FLOW_STATS_REC &r)
         out[len + 1] = '\0';
         return static_cast<int32_t>(len + 1);
     };
-    uint8_t check[2048];
-    const int32_t len = write(check, sizeof(check));
-    if (!SameJsonAsPlugin(r, std::string_view(reinterpret_cast<const char *>(check), static_cast<size_t>(len)))) {
-        state.SkipWithError("RapidJSON object differs from the plug-in's");
-        return;
-    }
-    BenchAppendLoop(state, kRoom, 1, "RapidJSON failed", write);
-    state.SetItemsProcessed(state.iterations());
+    RunJsonPeer(state, kRoom, r, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg, write);
 }
 void BM_FlowJson_RapidJson(benchmark::State &s) { RunRapidJson(s, kFlow4); }
 BENCHMARK(BM_FlowJson_RapidJson);

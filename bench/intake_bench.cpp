@@ -77,7 +77,7 @@ Frame FlowFrame()
 }
 
 /* Per iteration: a batch sent (untimed), taken in by `intake` (timed), and
- * the copies released by `drain` (untimed). */
+ * the copies released by `drain` (untimed), which must find the whole batch. */
 template <typename Intake, typename Drain>
 void RunBatches(benchmark::State &state, uint16_t port, Intake &intake, Drain &drain)
 {
@@ -89,7 +89,10 @@ void RunBatches(benchmark::State &state, uint16_t port, Intake &intake, Drain &d
         state.ResumeTiming();
         MDTLM_BenchOneRecord(intake);
         state.PauseTiming();
-        drain();
+        if (drain() != kDatagrams) {
+            state.SkipWithError("a batch was not taken in whole");
+            break;
+        }
         state.ResumeTiming();
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kDatagrams);
@@ -102,12 +105,17 @@ void BM_Intake(benchmark::State &state)
         state.SkipWithError("plug-in did not start");
         return;
     }
-    auto intake = [] { PluginWorld::Pump(); };
+    /* One pass of the worker's loop: one wait that finds the channel
+     * readable, then its batch, as the running loop takes a batch in. */
+    auto intake = [] { MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 0); };
     auto drain = [] {
+        uint32_t released = 0;
         for (MDTLM_STATS_MSG *msg = MDTLM_VRALDCN_STATS_QUE_Pop(); msg != nullptr;
              msg = MDTLM_VRALDCN_STATS_QUE_Pop()) {
             MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&msg));
+            ++released;
         }
+        return released;
     };
     RunBatches(state, MDTLM_HOST_ChanLocalPort(g_mdtlmNtvVralDcnChanHandle), intake, drain);
 }
@@ -148,10 +156,12 @@ void BM_Intake_BareRecvmmsg(benchmark::State &state)
         }
     };
     auto drain = [&] {
+        const auto released = static_cast<uint32_t>(kept.size());
         for (MDTLM_STATS_MSG *msg : kept) {
             std::free(msg);
         }
         kept.clear();
+        return released;
     };
     RunBatches(state, port, intake, drain);
 }

@@ -11,26 +11,35 @@ it as grouped bars, time and instructions side by side, with the targets.
 import json
 import sys
 
-# (label, plug-in benchmark, peer benchmark, target ratio)
-PAIRS = [
-    ("flow IPv4 GPB / generated", "BM_FlowGpb", "BM_FlowGpb_Generated", 1.0),
-    ("flow IPv4 GPB / protozero", "BM_FlowGpb", "BM_FlowGpb_Protozero", 1.0),
-    ("flow IPv6 GPB / generated", "BM_FlowGpbIpv6", "BM_FlowGpbIpv6_Generated", 1.0),
-    ("flow IPv6 GPB / protozero", "BM_FlowGpbIpv6", "BM_FlowGpbIpv6_Protozero", 1.0),
-    ("flow-hop GPB / generated", "BM_FlowHopGpb", "BM_FlowHopGpb_Generated", 1.0),
-    ("flow-hop GPB / protozero", "BM_FlowHopGpb", "BM_FlowHopGpb_Protozero", 1.0),
-    ("export cache GPB / generated", "BM_ExportFlowCache_Gpb/0", "BM_ExportFlowCache_Gpb_Generated/0", 1.0),
-    ("result GPB / generated", "BM_ResultStatistic_Gpb/0", "BM_ResultStatistic_Gpb_Generated/0", 1.0),
-    ("I/O flow IPv4 GPB / generated", "BM_IoServiceFlow_Gpb/0", "BM_IoServiceFlow_Gpb_Generated/0", 1.0),
-    ("I/O flow IPv6 GPB / generated", "BM_IoServiceFlow_Gpb/1", "BM_IoServiceFlow_Gpb_Generated/1", 1.0),
-    ("I/O throughput IPv4 GPB / generated", "BM_IoServiceThroughput_Gpb/0",
-     "BM_IoServiceThroughput_Gpb_Generated/0", 1.0),
-    ("I/O throughput IPv6 GPB / generated", "BM_IoServiceThroughput_Gpb/1",
-     "BM_IoServiceThroughput_Gpb_Generated/1", 1.0),
-    ("flow IPv4 JSON / direct writer", "BM_FlowJson", "BM_FlowJson_Direct", 1.2),
-    ("flow IPv6 JSON / direct writer", "BM_FlowJsonIpv6", "BM_FlowJsonIpv6_Direct", 1.2),
-    ("flow IPv4 JSON / RapidJSON", "BM_FlowJson", "BM_FlowJson_RapidJson", 1.2),
+# Each record's plug-in benchmark; a peer's benchmark is its name with the
+# peer's suffix before any "/argument". A pair is shown when both ran.
+GPB_RECORDS = [
+    ("flow IPv4", "BM_FlowGpb"), ("flow IPv6", "BM_FlowGpbIpv6"), ("flow-hop", "BM_FlowHopGpb"),
+    ("export cache", "BM_ExportFlowCache_Gpb/0"), ("result", "BM_ResultStatistic_Gpb/0"),
+    ("I/O flow IPv4", "BM_IoServiceFlow_Gpb/0"), ("I/O flow IPv6", "BM_IoServiceFlow_Gpb/1"),
+    ("I/O throughput IPv4", "BM_IoServiceThroughput_Gpb/0"), ("I/O throughput IPv6", "BM_IoServiceThroughput_Gpb/1"),
 ]
+GPB_PEERS = [("generated", "_Generated"), ("protozero", "_Protozero"), ("protobuf-c", "_ProtobufC"),
+             ("nanopb", "_Nanopb")]
+JSON_RECORDS = [
+    ("flow IPv4", "BM_FlowJson"), ("flow IPv6", "BM_FlowJsonIpv6"), ("flow-hop", "BM_FlowHopJson"),
+    ("export cache", "BM_ExportFlowCache_Json/0"), ("result", "BM_ResultStatistic_Json/0"),
+    ("I/O flow IPv4", "BM_IoServiceFlow_Json/0"), ("I/O flow IPv6", "BM_IoServiceFlow_Json/1"),
+    ("I/O throughput IPv4", "BM_IoServiceThroughput_Json/0"), ("I/O throughput IPv6", "BM_IoServiceThroughput_Json/1"),
+]
+JSON_PEERS = [("direct writer", "_Direct"), ("RapidJSON", "_RapidJson")]
+
+
+def peer_name(ours, suffix):
+    name, _, arg = ours.partition("/")
+    return name + suffix + ("/" + arg if arg else "")
+
+
+# (label, plug-in benchmark, peer benchmark, target ratio)
+PAIRS = [(f"{label} GPB / {peer}", ours, peer_name(ours, suffix), 1.0)
+         for label, ours in GPB_RECORDS for peer, suffix in GPB_PEERS] + \
+        [(f"{label} JSON / {peer}", ours, peer_name(ours, suffix), 1.2)
+         for label, ours in JSON_RECORDS for peer, suffix in JSON_PEERS]
 
 
 def main():
@@ -70,7 +79,10 @@ def main():
     ax.set_yticks(list(ys))
     ax.set_yticklabels([r[0] for r in rows])
     ax.invert_yaxis()
-    ax.set_xlabel("plug-in / peer per record (red: target; below 1 the plug-in is cheaper)")
+    ax.set_xscale("log")
+    ax.set_xticks([0.05, 0.1, 0.2, 0.5, 1, 1.2, 2])
+    ax.set_xticklabels(["0.05", "0.1", "0.2", "0.5", "1", "1.2", "2"])
+    ax.set_xlabel("plug-in / peer per record, log scale (red: target; below 1 the plug-in is cheaper)")
     ax.legend(loc="lower right")
     fig.tight_layout()
     fig.savefig(png, dpi=110)

@@ -34,10 +34,12 @@
 #include "io_service_flow_statistics.pb.h"
 #include "io_service_flow_throughput.pb.h"
 #include "result_statistics.pb.h"
+#include "sensor_records.h"
 #include "mdtlm_vraldcn.h"
 
 namespace {
 
+using namespace sensor_bench;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::io::CodedOutputStream;
@@ -45,39 +47,6 @@ using google::protobuf::io::CodedOutputStream;
 constexpr int32_t kRoomKept = 1100; /* above the largest JSON room demanded */
 
 /* ------------------------------------------------------------ field visits */
-
-/* Text forms the reference computes for itself. */
-struct Texts {
-    char slot[16];
-    char src[40];
-    char dst[40];
-    std::string_view acl, warn;
-};
-
-void Ipv4Text(uint32_t a, char (&out)[40]) { flow_bench::FormatAddress(&a, false, out); }
-void Ipv6Text(const uint32_t *w, char (&out)[40]) { flow_bench::FormatAddress(w, true, out); }
-
-void AddressTexts(uint32_t family, const uint32_t *src, const uint32_t *dst, Texts &t)
-{
-    if (family == 1) {
-        Ipv6Text(src, t.src);
-        Ipv6Text(dst, t.dst);
-    } else {
-        Ipv4Text(src[0], t.src);
-        Ipv4Text(dst[0], t.dst);
-    }
-}
-
-void SlotText(uint32_t slot, Texts &t)
-{
-    *std::to_chars(t.slot, t.slot + sizeof(t.slot) - 1, slot).ptr = '\0';
-}
-
-template <size_t N>
-std::string_view FieldText(const char (&field)[N])
-{
-    return std::string_view(field, strnlen(field, N));
-}
 
 /* Every sensor lists its fields in wire order once, for any visitor. */
 template <typename V>
@@ -116,27 +85,6 @@ void Visit(const MDTLM_SRVTLM_FCTFLOW_STATS_REC &r, const Texts &t, V &v)
     v.Int(9, r.fctMax).Int(10, r.fctMin).Int(11, r.fctMean).Int(12, r.fetMax).Int(13, r.fetMin).Int(14, r.fetMean);
     v.Int(15, r.nakPacketNumber).Int(16, r.rdmaPacketNumber).Int(17, r.rdmaMessageNumber).Int(18, r.errorInfo);
     v.Int(19, r.sequenceNumber);
-}
-
-void MakeTexts(const MDTLM_ZELK_CACHE_REC &r, Texts &t)
-{
-    SlotText(r.slotId, t);
-    Ipv4Text(r.sourceIp, t.src);
-    Ipv4Text(r.destinationIp, t.dst);
-}
-void MakeTexts(const MDTLM_QUMA_RESULT_REC &r, Texts &t)
-{
-    t.acl = FieldText(r.aclName);
-    t.warn = FieldText(r.warnInfo);
-}
-void MakeTexts(const MDTLM_SRVTLM_FLOW_STATS_REC &r, Texts &t)
-{
-    AddressTexts(r.addressFamily, r.srcIp, r.dstIp, t);
-}
-void MakeTexts(const MDTLM_SRVTLM_FCTFLOW_STATS_REC &r, Texts &t)
-{
-    AddressTexts(r.addressFamily, r.srcIp, r.dstIp, t);
-    SlotText(r.slotId, t);
 }
 
 struct SizeVisitor {
@@ -230,83 +178,6 @@ const Sensor<MDTLM_SRVTLM_FCTFLOW_STATS_REC> kFct = {
     MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg, 8, "io_service_flow_throughput.proto",
     "mdtlm.srvtlmfct.FlowThroughputStatistic"};
 
-MDTLM_ZELK_CACHE_REC ZelkRecord(int64_t)
-{
-    return {3, 0x0A000001, 0xC0A80A01, 6, 443, 51000, 17, 1700000000, 2, 0x12345678, 4, 99, 2, 3};
-}
-
-MDTLM_QUMA_RESULT_REC QumaRecord(int64_t)
-{
-    MDTLM_QUMA_RESULT_REC r{};
-    r = {7, 107, 1, 21, 3007, {}, 0x1122, 0x3344, 0, 123456789012ull, 123456789000ull, 50, {}, 1700000000};
-    std::memcpy(r.aclName, "acl-web-ingress-01", 18);
-    std::memcpy(r.warnInfo, "loss above limit", 16);
-    return r;
-}
-
-/* Sample addresses of the I/O service records: an IPv4 pair, or an IPv6 pair
- * given by the first and last word of each address (the rest zero). */
-struct SampleAddresses {
-    uint32_t ipv4Src, ipv4Dst;
-    uint32_t ipv6SrcFirst, ipv6SrcLast, ipv6DstFirst, ipv6DstLast;
-};
-
-void SetAddresses(int64_t family, const SampleAddresses &a, uint32_t (&src)[4], uint32_t (&dst)[4])
-{
-    const bool ipv6 = family == 1;
-    src[0] = ipv6 ? a.ipv6SrcFirst : a.ipv4Src;
-    src[3] = ipv6 ? a.ipv6SrcLast : 0;
-    dst[0] = ipv6 ? a.ipv6DstFirst : a.ipv4Dst;
-    dst[3] = ipv6 ? a.ipv6DstLast : 0;
-}
-
-MDTLM_SRVTLM_FLOW_STATS_REC SrvtlmRecord(int64_t family)
-{
-    MDTLM_SRVTLM_FLOW_STATS_REC r{};
-    r.accessType = 1;
-    r.addressFamily = static_cast<uint8_t>(family);
-    SetAddresses(family, {0xC0A80101, 0x0A000002, 0x20010db8, 0x12345678, 0xfe800000, 0xabcdef01}, r.srcIp, r.dstIp);
-    r.logicalUnitNum = 12;
-    r.periodId = 345;
-    r.ifIndex = 4000;
-    r.readIoAvgLatency = 250;
-    r.writeIoAvgLatency = 480;
-    r.readDal = 31;
-    r.writeDal = 44;
-    r.writeDpl = 7;
-    r.readIops = 120000;
-    r.writeIops = 80000;
-    r.readIoAvgSize = 4096;
-    r.writeIoAvgSize = 8192;
-    r.readPendingIoCnt = 3;
-    r.writePendingIoCnt = 9;
-    r.interval = 1000;
-    r.sequenceNumber = 987654;
-    return r;
-}
-
-MDTLM_SRVTLM_FCTFLOW_STATS_REC FctRecord(int64_t family)
-{
-    MDTLM_SRVTLM_FCTFLOW_STATS_REC r{};
-    r.addressFamily = static_cast<uint32_t>(family);
-    SetAddresses(family, {0xAC100001, 0xAC100002, 0x20010db8, 0x1, 0x20010db8, 0x2}, r.srcIp, r.dstIp);
-    r.periodId = 345;
-    r.slotId = 3;
-    r.srcIfIndex = 11;
-    r.dstIfIndex = 12;
-    r.fctMax = 900000;
-    r.fctMin = 1200;
-    r.fctMean = 40000;
-    r.fetMax = 12345678901ull;
-    r.fetMin = 1000;
-    r.fetMean = 600000;
-    r.nakPacketNumber = 2;
-    r.rdmaPacketNumber = 100000;
-    r.rdmaMessageNumber = 2500;
-    r.sequenceNumber = 987654;
-    return r;
-}
-
 /* ---------------------------------------------------------------- runners */
 
 template <typename Rec>
@@ -338,7 +209,7 @@ void RunGpbReference(benchmark::State &state, const Rec &rec, const Sensor<Rec> 
     benchmark::ClobberMemory();
 }
 
-/* The schemas of proto/, beside this file's directory. */
+/* The schemas of proto/ (its directory given by the build). */
 struct Schemas {
     google::protobuf::compiler::DiskSourceTree tree;
     struct Quiet : google::protobuf::compiler::MultiFileErrorCollector {
@@ -349,9 +220,7 @@ struct Schemas {
 
     Schemas()
     {
-        std::string dir = __FILE__;
-        dir = dir.substr(0, dir.rfind('/'));
-        tree.MapPath("", dir.substr(0, dir.rfind('/')) + "/proto");
+        tree.MapPath("", MDTLM_BENCH_PROTO_DIR);
     }
 };
 

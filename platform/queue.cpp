@@ -57,7 +57,7 @@ public:
             if (closed_)
                 return -1;
             written = std::min(count, depth_ - count_);
-            uint32_t tail = (head_ + count_) % depth_;
+            uint32_t tail = Wrap(head_ + count_);
             CopyIn(tail, elements, written);
             count_ += written;
             if (monitored_ && !flowStarted_ && count_ >= highMark_) {
@@ -84,7 +84,7 @@ public:
                 return -1;
             read = std::min(count, count_);
             CopyOut(elements, read);
-            head_ = (head_ + read) % depth_;
+            head_ = Wrap(head_ + read);
             count_ -= read;
             if (monitored_ && flowStarted_ && count_ <= lowMark_) {
                 flowStarted_ = false;
@@ -204,18 +204,24 @@ private:
         flowIdle_.notify_all();
     }
 
+    /* A slot index past the end of the ring, back into it (both terms are
+     * below the depth). */
+    uint32_t Wrap(uint32_t slot) const { return slot >= depth_ ? slot - depth_ : slot; }
+
     void CopyIn(uint32_t slot, const uint8_t *src, uint32_t count)
     {
         uint32_t first = std::min(count, depth_ - slot);
         std::memcpy(ring_.get() + size_t{slot} * elementSize_, src, size_t{first} * elementSize_);
-        std::memcpy(ring_.get(), src + size_t{first} * elementSize_, size_t{count - first} * elementSize_);
+        if (count > first)
+            std::memcpy(ring_.get(), src + size_t{first} * elementSize_, size_t{count - first} * elementSize_);
     }
 
     void CopyOut(uint8_t *dst, uint32_t count)
     {
         uint32_t first = std::min(count, depth_ - head_);
         std::memcpy(dst, ring_.get() + size_t{head_} * elementSize_, size_t{first} * elementSize_);
-        std::memcpy(dst + size_t{first} * elementSize_, ring_.get(), size_t{count - first} * elementSize_);
+        if (count > first)
+            std::memcpy(dst + size_t{first} * elementSize_, ring_.get(), size_t{count - first} * elementSize_);
     }
 
     const std::string name_;
@@ -270,6 +276,34 @@ std::shared_ptr<Queue> FindQueue(const void *handle)
     return it == table.live.end() ? nullptr : it->second;
 }
 
+/* The queue a thread last wrote to or read from, so that a thread moving
+ * elements one by one through the same queue does not take the table's lock
+ * and search it every time. The cache holds no reference: while the queue
+ * object lives its address cannot name another queue, and a queue destroyed
+ * since is either gone (the cache misses) or closed (its reads and writes
+ * refuse, as for an unknown handle). */
+struct LastQueue {
+    const void *handle = nullptr;
+    std::weak_ptr<Queue> queue;
+};
+/* Hosts link this library, so its thread-local data sits in the static TLS
+ * block and is reached without a call. */
+thread_local LastQueue t_lastQueue __attribute__((tls_model("initial-exec")));
+
+std::shared_ptr<Queue> FindQueueForTransfer(const void *handle)
+{
+    if (handle != nullptr && handle == t_lastQueue.handle) {
+        if (std::shared_ptr<Queue> cached = t_lastQueue.queue.lock())
+            return cached;
+    }
+    std::shared_ptr<Queue> found = FindQueue(handle);
+    if (found != nullptr) {
+        t_lastQueue.handle = handle;
+        t_lastQueue.queue = found;
+    }
+    return found;
+}
+
 } /* namespace */
 
 MDTLM_PLATFORM_API void *FWM_QUE_CreateNew(const char *name, uint32_t mode, uint32_t depth, uint32_t elementSize)
@@ -318,7 +352,7 @@ MDTLM_PLATFORM_API int32_t FWM_QUE_AsyWrite(void *queue, const void *elements, u
     int64_t injected;
     if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_QUE_WRITE, &injected))
         return static_cast<int32_t>(injected);
-    std::shared_ptr<Queue> found = FindQueue(queue);
+    std::shared_ptr<Queue> found = FindQueueForTransfer(queue);
     if (found == nullptr || elements == nullptr || count > INT32_MAX)
         return -1;
     return found->Write(static_cast<const uint8_t *>(elements), count);
@@ -329,7 +363,7 @@ MDTLM_PLATFORM_API int32_t FWM_QUE_AsyRead(void *queue, void *elements, uint32_t
     int64_t injected;
     if (mdtlm_host::FaultCheck(MDTLM_HOST_OP_QUE_READ, &injected))
         return static_cast<int32_t>(injected);
-    std::shared_ptr<Queue> found = FindQueue(queue);
+    std::shared_ptr<Queue> found = FindQueueForTransfer(queue);
     if (found == nullptr || elements == nullptr || count > INT32_MAX)
         return -1;
     return found->Read(static_cast<uint8_t *>(elements), count);

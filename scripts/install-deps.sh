@@ -6,7 +6,8 @@ set -euo pipefail
 declare -A groups
 groups[build]="cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libsqlite3-dev sqlite3
                libprotobuf-dev libprotoc-dev protobuf-compiler nlohmann-json3-dev pkgconf"
-groups[bench]="valgrind libprotozero-dev rapidjson-dev python3-matplotlib"
+groups[bench]="valgrind libprotozero-dev rapidjson-dev python3-matplotlib
+               libprotobuf-c-dev protobuf-c-compiler nanopb libnanopb-dev"
 groups[fuzz]="clang libclang-rt-14-dev"
 
 wanted=("$@")

@@ -4,6 +4,7 @@
 #include "mdtlm_vraldcn.h"
 #include "sensor_json_object.h"
 #include "sensor_log_lines.h"
+#include "quma_texts.h"
 #include "sensor_record_fields.h"
 
 /* The record body. The keys use underscores, all but "vxlan-reserved-value-second",
@@ -19,7 +20,6 @@ namespace {
 
 /* Below this much room the sample buffer counts as full (the longest object is 417 bytes). */
 constexpr int32_t kJsonMinRoom = 745;
-constexpr uint32_t kProtocolTextSize = 32;
 
 } // namespace
 
@@ -35,16 +35,16 @@ extern "C" int32_t MDTLM_QUMA_JSON_EncodeMsg(const MDTLM_QUMA_RESULT_REC *rec, u
         return check;
     }
 
-    char protocol[kProtocolTextSize];
-    char aclName[sizeof(rec->aclName) + 1];
-    char warnInfo[sizeof(rec->warnInfo) + 1];
-    if (MDTLM_QUMA_GetProtocolName(rec->protocol, protocol, sizeof(protocol)) < 0 ||
-        !MDTLM_FixedFieldText(rec->aclName, aclName) || !MDTLM_FixedFieldText(rec->warnInfo, warnInfo)) {
+    const MDTLM_SIZED_TEXT *protocol = MDTLM_TextTableFind(kQumaProtocols, rec->protocol);
+    if (protocol == nullptr) {
         return MDTLM_ENCODE_FAIL;
     }
-
-    return MDTLM_JsonWriteMembers<MDTLM_QUMA_JSON_BODY>(out, cap, rec->id, rec->periodId, protocol, rec->ruleId,
-                                 rec->aclNumber, aclName, rec->vxlanReservedValue, rec->vxlanReservedValueSecond,
+    char aclName[sizeof(rec->aclName) + 1];
+    char warnInfo[sizeof(rec->warnInfo) + 1];
+    return MDTLM_JsonWriteMembers<MDTLM_QUMA_JSON_BODY>(out, cap, rec->id, rec->periodId, *protocol, rec->ruleId,
+                                 rec->aclNumber, MDTLM_FixedFieldSizedText(rec->aclName, aclName),
+                                 rec->vxlanReservedValue, rec->vxlanReservedValueSecond,
                                  static_cast<unsigned long long>(rec->inputPackets),
-                                 static_cast<unsigned long long>(rec->outputPackets), warnInfo, rec->timeStamp);
+                                 static_cast<unsigned long long>(rec->outputPackets),
+                                 MDTLM_FixedFieldSizedText(rec->warnInfo, warnInfo), rec->timeStamp);
 }

@@ -27,6 +27,7 @@
 #include "mdtlm_types.h"
 #include "number_text.h"
 #include "sensor_log_texts.h"
+#include "sensor_text_table.h"
 
 /* The parameter check of a JSON message encoder: MDTLM_ENCODE_FAIL, logged
  * with `nullFormat` ("[%s:%d]...") carrying the number `nullLine`, without a
@@ -103,11 +104,13 @@ enum MDTLM_JSON_CONVERSION : uint8_t {
     MDTLM_JSON_CONV_TEXT = 3, /* "%s" */
 };
 
-/* A literal run of the template and the conversion that follows it. */
+/* A literal run of the template and the conversion that follows it; a text
+ * conversion's length is kept at `textSlot` among the record's text lengths. */
 struct MDTLM_JSON_PIECE {
     uint32_t start;
     uint32_t len;
     MDTLM_JSON_CONVERSION conv;
+    uint32_t textSlot;
 };
 
 template <MDTLM_JSON_TEMPLATE T>
@@ -131,6 +134,7 @@ struct MDTLM_JsonShape {
     {
         Pieces out{};
         std::size_t at = 0;
+        uint32_t texts = 0;
         std::size_t start = 0;
         for (std::size_t i = 0; T.text[i] != '\0';) {
             if (T.text[i] != '%') {
@@ -151,7 +155,8 @@ struct MDTLM_JsonShape {
             } else {
                 throw "template conversion other than %u, %llu, %s";
             }
-            out.piece[at++] = {static_cast<uint32_t>(start), static_cast<uint32_t>(i - start), conv};
+            out.piece[at++] = {static_cast<uint32_t>(start), static_cast<uint32_t>(i - start), conv,
+                               conv == MDTLM_JSON_CONV_TEXT ? texts++ : 0};
             i += skip;
             start = i;
         }
@@ -159,10 +164,20 @@ struct MDTLM_JsonShape {
         while (T.text[end] != '\0') {
             ++end;
         }
-        out.piece[at] = {static_cast<uint32_t>(start), static_cast<uint32_t>(end - start), MDTLM_JSON_CONV_END};
+        out.piece[at] = {static_cast<uint32_t>(start), static_cast<uint32_t>(end - start), MDTLM_JSON_CONV_END, 0};
         return out;
     }
     static constexpr Pieces kPieces = Split();
+
+    static constexpr std::size_t Texts()
+    {
+        std::size_t count = 0;
+        for (const MDTLM_JSON_PIECE &p : kPieces.piece) {
+            count += p.conv == MDTLM_JSON_CONV_TEXT ? 1 : 0;
+        }
+        return count;
+    }
+    static constexpr std::size_t kTexts = Texts();
 
     /* "{", every literal run, every number at its widest and "}," with the NUL. */
     static constexpr std::size_t FixedMost()
@@ -188,32 +203,51 @@ constexpr bool MDTLM_JsonArgFits()
     } else if constexpr (C == MDTLM_JSON_CONV_U64) {
         return std::is_same_v<Arg, unsigned long long>;
     } else {
-        return std::is_same_v<Arg, const char *> || std::is_same_v<Arg, char *>;
+        return std::is_same_v<Arg, const char *> || std::is_same_v<Arg, char *> || std::is_same_v<Arg, MDTLM_SIZED_TEXT>;
     }
 }
 
-template <MDTLM_JSON_CONVERSION C, typename Arg>
-std::size_t MDTLM_JsonTextLen(Arg arg)
+/* An argument as the formatter takes it: a sized text by its characters. */
+template <typename Arg>
+Arg MDTLM_JsonFormatArg(Arg arg)
 {
-    if constexpr (C == MDTLM_JSON_CONV_TEXT) {
-        return std::strlen(arg);
+    return arg;
+}
+inline const char *MDTLM_JsonFormatArg(MDTLM_SIZED_TEXT arg)
+{
+    return arg.text;
+}
+
+/* Measures a text argument: its length kept in its slot and added to `most`. */
+template <MDTLM_JSON_TEMPLATE T, std::size_t I, typename Arg>
+inline void MDTLM_JsonMeasureMember(Arg arg, std::size_t *textLen, std::size_t &most)
+{
+    constexpr MDTLM_JSON_PIECE piece = MDTLM_JsonShape<T>::kPieces.piece[I];
+    static_assert(MDTLM_JsonArgFits<piece.conv, Arg>(), "argument type does not match its conversion");
+    if constexpr (std::is_same_v<Arg, MDTLM_SIZED_TEXT>) {
+        textLen[piece.textSlot] = arg.len;
+        most += arg.len;
+    } else if constexpr (piece.conv == MDTLM_JSON_CONV_TEXT) {
+        textLen[piece.textSlot] = std::strlen(arg);
+        most += textLen[piece.textSlot];
     } else {
         (void)arg;
-        return 0;
+        (void)textLen;
+        (void)most;
     }
 }
 
 template <MDTLM_JSON_TEMPLATE T, std::size_t I, typename Arg>
-inline void MDTLM_JsonPutMember(char *&pos, Arg arg, std::size_t textLen)
+inline void MDTLM_JsonPutMember(char *&pos, Arg arg, const std::size_t *textLen)
 {
     constexpr MDTLM_JSON_PIECE piece = MDTLM_JsonShape<T>::kPieces.piece[I];
-    static_assert(MDTLM_JsonArgFits<piece.conv, Arg>(), "argument type does not match its conversion");
     std::memcpy(pos, T.text + piece.start, piece.len);
     pos += piece.len;
     if constexpr (piece.conv == MDTLM_JSON_CONV_TEXT) {
-        std::memcpy(pos, arg, textLen);
-        pos += textLen;
+        std::memcpy(pos, MDTLM_JsonFormatArg(arg), textLen[piece.textSlot]);
+        pos += textLen[piece.textSlot];
     } else {
+        (void)textLen;
         pos += MDTLM_PutDecimal(pos, arg);
     }
 }
@@ -226,17 +260,15 @@ int32_t MDTLM_JsonWriteMembers(uint8_t *out, int32_t cap, Args... args)
     using Shape = MDTLM_JsonShape<T>;
     static_assert(sizeof...(Args) == Shape::kConversions, "one argument per conversion");
     return [&]<std::size_t... I>(std::index_sequence<I...>) -> int32_t {
-        const std::size_t textLen[] = {MDTLM_JsonTextLen<Shape::kPieces.piece[I].conv>(args)..., 0};
+        std::size_t textLen[Shape::kTexts + 1];
         std::size_t most = Shape::kFixedMost;
-        for (std::size_t len : textLen) {
-            most += len;
-        }
+        (MDTLM_JsonMeasureMember<T, I>(args, textLen, most), ...);
         if (out == nullptr || cap < 0 || most > static_cast<std::size_t>(cap)) {
-            return MDTLM_JsonWriteObject(out, cap, T.text, args...);
+            return MDTLM_JsonWriteObject(out, cap, T.text, MDTLM_JsonFormatArg(args)...);
         }
         char *pos = reinterpret_cast<char *>(out);
         *pos++ = '{';
-        (MDTLM_JsonPutMember<T, I>(pos, args, textLen[I]), ...);
+        (MDTLM_JsonPutMember<T, I>(pos, args, textLen), ...);
         constexpr MDTLM_JSON_PIECE tail = Shape::kPieces.piece[Shape::kConversions];
         std::memcpy(pos, T.text + tail.start, tail.len);
         pos += tail.len;

@@ -13,6 +13,7 @@
 
 #include "mdtlm_platform.h"
 #include "mdtlm_vraldcn.h"
+#include "sensor_text_table.h"
 
 enum MDTLM_FIELD_COMPARE : uint8_t {
     MDTLM_FIELD_NONE = 0,   /* the id names no testable field: the test holds */
@@ -77,6 +78,14 @@ bool MDTLM_FixedFieldText(const char (&field)[N], char (&text)[N + 1])
     std::memcpy(text, field, N);
     text[N] = '\0';
     return true;
+}
+
+/* The same text with its length (up to the field's first NUL). */
+template <std::size_t N>
+MDTLM_SIZED_TEXT MDTLM_FixedFieldSizedText(const char (&field)[N], char (&text)[N + 1])
+{
+    MDTLM_FixedFieldText(field, text);
+    return {text, static_cast<uint32_t>(strnlen(field, N))};
 }
 
 /* Condition on a numeric field: the value text read as an unsigned decimal

@@ -6,6 +6,7 @@
 #include "sensor_json_object.h"
 #include "sensor_log_lines.h"
 #include "srvtlm_address.h"
+#include "zelk_texts.h"
 
 /* The record body: members in record order, enumerations as texts. */
 #define MDTLM_ZELK_JSON_BODY                                                                                   \
@@ -23,7 +24,6 @@ constexpr int32_t kJsonMinRoom = 633;
 constexpr const char *kNullParamFormat = "[%s:%d][ZELK][JSON] Param error, msg is NULL.";
 constexpr uint32_t kNumberTextSize = 32;
 constexpr uint32_t kAddressTextSize = 32;
-constexpr uint32_t kEnumTextSize = 128;
 
 } // namespace
 
@@ -45,22 +45,19 @@ extern "C" int32_t MDTLM_ZELK_JSON_EncodeMsg(const MDTLM_ZELK_CACHE_REC *rec, ui
     }
 
     char slot[kNumberTextSize];
-    char protocol[kEnumTextSize];
     char src[kAddressTextSize];
     char dst[kAddressTextSize];
-    char recoveryMode[kEnumTextSize];
-    char opMode[kEnumTextSize];
-    char state[kEnumTextSize];
     slot[MDTLM_PutDecimal(slot, rec->slotId)] = '\0';
-    if (MDTLM_ZELK_GetProtocol(rec->protocolId, protocol, sizeof(protocol)) < 0 ||
-        MDTLM_ZELK_JSON_EncodeIpv4(rec, src, dst, kAddressTextSize) != 0 ||
-        MDTLM_ZELK_GetRecoveryModeStr(rec->recoveryMode, recoveryMode, sizeof(recoveryMode)) < 0 ||
-        MDTLM_ZELK_GetOpModeStr(rec->opMode, opMode, sizeof(opMode)) < 0 ||
-        MDTLM_ZELK_GetAclAppStatStr(rec->state, state, sizeof(state)) < 0) {
+    const MDTLM_SIZED_TEXT *protocol = MDTLM_TextTableFind(kZelkProtocols, rec->protocolId);
+    const MDTLM_SIZED_TEXT *recoveryMode = MDTLM_TextTableFind(kZelkRecoveryModes, rec->recoveryMode);
+    const MDTLM_SIZED_TEXT *opMode = MDTLM_TextTableFind(kZelkOpModes, rec->opMode);
+    const MDTLM_SIZED_TEXT *state = MDTLM_TextTableFind(kZelkAclAppStates, rec->state);
+    if (protocol == nullptr || MDTLM_ZELK_JSON_EncodeIpv4(rec, src, dst, kAddressTextSize) != 0 ||
+        recoveryMode == nullptr || opMode == nullptr || state == nullptr) {
         return MDTLM_ENCODE_FAIL;
     }
 
-    return MDTLM_JsonWriteMembers<MDTLM_ZELK_JSON_BODY>(out, cap, slot, src, dst, protocol, rec->l4SourcePort,
-                                 rec->l4DestinationPort, rec->ifIndex, rec->detectTimestampSecond, state, rec->seed,
-                                 rec->recoveryCount, rec->sequenceNumber, recoveryMode, opMode);
+    return MDTLM_JsonWriteMembers<MDTLM_ZELK_JSON_BODY>(out, cap, slot, src, dst, *protocol, rec->l4SourcePort,
+                                 rec->l4DestinationPort, rec->ifIndex, rec->detectTimestampSecond, *state, rec->seed,
+                                 rec->recoveryCount, rec->sequenceNumber, *recoveryMode, *opMode);
 }

@@ -148,3 +148,35 @@ TEST(PlatformQueue, ReadableCallbackRepeatsWhileElementsRemain)
 }
 
 } /* namespace */
+
+namespace {
+
+/* Writes and reads find their queue again without the table once a thread has
+ * used it; a queue destroyed since must refuse them, and a queue created
+ * afterwards (the allocator may hand it the same address) must get them. */
+TEST(PlatformQueue, TransfersOfOneThreadFollowDestroyAndRecreate)
+{
+    for (int round = 0; round < 50; round++) {
+        void *first = FWM_QUE_CreateNew("reused", 1, 4, sizeof(uint32_t));
+        ASSERT_NE(first, nullptr);
+        uint32_t value = 7, out = 0;
+        ASSERT_EQ(FWM_QUE_AsyWrite(first, &value, 1), 1);
+        ASSERT_EQ(FWM_QUE_AsyRead(first, &out, 1), 1);
+        ASSERT_EQ(FWM_QUE_AsyWrite(first, &value, 1), 1);
+        ASSERT_EQ(FWM_QUE_Destory(first), 0u);
+        EXPECT_EQ(FWM_QUE_AsyWrite(first, &value, 1), -1);
+        EXPECT_EQ(FWM_QUE_AsyRead(first, &out, 1), -1);
+
+        void *second = FWM_QUE_CreateNew("reused", 1, 4, sizeof(uint32_t));
+        ASSERT_NE(second, nullptr);
+        EXPECT_EQ(MDTLM_HOST_QueueCount(second), 0) << "round " << round;
+        EXPECT_EQ(FWM_QUE_AsyRead(second, &out, 1), 0);
+        value = 9;
+        EXPECT_EQ(FWM_QUE_AsyWrite(second, &value, 1), 1);
+        EXPECT_EQ(FWM_QUE_AsyRead(second, &out, 1), 1);
+        EXPECT_EQ(out, 9u);
+        EXPECT_EQ(FWM_QUE_Destory(second), 0u);
+    }
+}
+
+} /* namespace */
