@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fake_framework.h"
-#include "mdtlm_host.h"
+#include "manual_host.h"
 #include "mdtlm_vraldcn.h"
 #include "sample_check.h"
 
@@ -91,15 +91,7 @@ void CheckSamples()
 
 void Start()
 {
-    static bool prepared = [] {
-        FakeFramework::Get().Install();
-        MDTLM_HOST_SetManualTasks(1);
-        MDTLM_HOST_SetManualClock(1);
-        MDTLM_HOST_ChanSetPortOverride(1, 0);
-        return true;
-    }();
-    (void)prepared;
-    FakeFramework::Get().Reset();
+    manual_host::Prepare();
     if (MDTLM_VRALDCN_Init(kModuleId) != 0) {
         Fail("the plug-in did not start");
     }
@@ -108,19 +100,10 @@ void Start()
 void StopAndCheck()
 {
     Pump(false);
-    MDTLM_VRALDCN_Unload();
-    MDTLM_HOST_JoinTasks();
+    manual_host::Unload();
     CheckSamples();
-    if (FakeFramework::Get().Outstanding() != 0) {
-        Fail(std::to_string(FakeFramework::Get().Outstanding()) + " buffers not given back");
-    }
-    if (MDTLM_HOST_DbOpenHandles() != 0) {
-        Fail("database handles left open");
-    }
-    for (int kind = 0; kind < MDTLM_HOST_OBJECT_COUNT; ++kind) {
-        if (MDTLM_HOST_LiveObjects(static_cast<MDTLM_HOST_OBJECT>(kind)) != 0) {
-            Fail("platform objects of kind " + std::to_string(kind) + " left alive");
-        }
+    for (const std::string &left : manual_host::Leftovers()) {
+        Fail(left);
     }
     /* A release the platform refused, or a queue that kept its elements,
      * means a handle the platform did not know: misuse. */
@@ -134,11 +117,10 @@ void StopAndCheck()
 
 void Pump(bool tick)
 {
-    if (tick && g_mdtlmVralDcnTimerId > 0) {
-        MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
-    }
-    if (g_mdtlmVralDcnEpollId != UINT32_MAX) {
-        MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1);
+    if (tick) {
+        (void)manual_host::Tick();
+    } else {
+        (void)manual_host::Pump();
     }
     CheckSamples();
 }
@@ -213,7 +195,7 @@ void DeliverBatch(FuzzedDataProvider &input)
         entries.push_back({length == 0 && input.ConsumeBool() ? nullptr : bodies.back().data(), type, length});
     }
     if (!entries.empty()) {
-        (void)MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), static_cast<uint32_t>(entries.size()));
+        (void)manual_host::Deliver(entries);
     }
 }
 

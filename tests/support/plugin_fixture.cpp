@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "manual_host.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 
@@ -80,11 +81,7 @@ PathInfoBuilder &PathInfoBuilder::Logic(uint32_t logic)
 
 void PluginFixture::SetUp()
 {
-    fw.Reset();
-    fw.Install();
-    MDTLM_HOST_SetManualTasks(1);
-    MDTLM_HOST_SetManualClock(1);
-    MDTLM_HOST_ChanSetPortOverride(1, 0);
+    manual_host::Prepare();
     ASSERT_EQ(MDTLM_VRALDCN_Init(kModuleId), 0u);
     loaded_ = true;
 }
@@ -142,17 +139,16 @@ MDTLM_TASK_DATA *PluginFixture::Task(uint32_t sensorType, uint32_t instanceId, u
     return MDTLM_VRALDCN_GetTlmTaskInfo(sensorType, instanceId, taskId);
 }
 
-void PluginFixture::Pump() { MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
+void PluginFixture::Pump() { manual_host::Pump(); }
 
 uint32_t PluginFixture::Deliver(uint32_t sensorType, const void *records, uint32_t recordLen, uint32_t count)
 {
-    std::vector<MDTLM_STATS_IPC_ENTRY> entries(count);
+    std::vector<MDTLM_STATS_IPC_ENTRY> entries;
     for (uint32_t i = 0; i < count; ++i) {
-        entries[i].body = const_cast<uint8_t *>(static_cast<const uint8_t *>(records) + size_t{i} * recordLen);
-        entries[i].msgType = sensorType;
-        entries[i].msgLen = recordLen;
+        entries.push_back({const_cast<uint8_t *>(static_cast<const uint8_t *>(records) + size_t{i} * recordLen),
+                           sensorType, recordLen});
     }
-    return MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), count);
+    return manual_host::Deliver(entries);
 }
 
 void PluginFixture::Tick() { EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsData(nullptr, 0), 0u); }

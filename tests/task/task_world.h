@@ -20,7 +20,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
     FakeFramework &fw() { return FakeFramework::Get(); }
-    void Pump() { MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
+    void Pump();
     uint32_t Add(uint32_t sensor, uint32_t instanceId, uint32_t taskId, uint32_t encode = 0, uint32_t ms = 1000);
     uint32_t Del(uint32_t sensor, uint32_t instanceId, uint32_t taskId);
     void Tick();
