@@ -18,6 +18,7 @@
 #include "fuzz_host.h"
 #include "mdtlm_vraldcn.h"
 #include "sample_check.h"
+#include "sensor_calls.h"
 
 namespace {
 
@@ -64,47 +65,14 @@ void CheckWriter(const char *name, const std::string &expected, int32_t cap, Wri
     }
 }
 
-using RecordEncoder = int32_t (*)(const void *record, uint8_t *out, int32_t cap);
-
-template <typename Rec, int32_t (*Encode)(const Rec *, uint8_t *, int32_t)>
-int32_t Adapt(const void *record, uint8_t *out, int32_t cap)
-{
-    return Encode(static_cast<const Rec *>(record), out, cap);
-}
-
-struct RecordCodec {
-    uint32_t sensorType;
-    size_t size;
-    RecordEncoder gpb;
-    RecordEncoder json;
-};
-
-const RecordCodec kCodecs[] = {
-    {MDTLM_SENSOR_VRAL_FLOW, sizeof(MDTLM_FLOW_STATS_REC),
-     Adapt<MDTLM_FLOW_STATS_REC, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_FLOW_STATS_REC, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_VRAL_FLOWHOP, sizeof(MDTLM_FLOWHOP_STATS_REC),
-     Adapt<MDTLM_FLOWHOP_STATS_REC, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>,
-     Adapt<MDTLM_FLOWHOP_STATS_REC, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_SRVTLM_FLOW, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC),
-     Adapt<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_QUMA_RESULT, sizeof(MDTLM_QUMA_RESULT_REC), Adapt<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg>,
-     Adapt<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_SRVTLM_FCTFLOW, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC),
-     Adapt<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC), Adapt<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg>,
-     Adapt<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_JSON_EncodeMsg>},
-};
-
 constexpr int32_t kRoomyCap = 4096;
 
 void CheckRecord(FuzzedDataProvider &input)
 {
-    const RecordCodec &codec = kCodecs[input.ConsumeIntegralInRange<size_t>(0, std::size(kCodecs) - 1)];
-    std::vector<uint8_t> record = input.ConsumeBytes<uint8_t>(codec.size);
-    record.resize(codec.size);
+    const sensor_table::SensorCalls &codec =
+        sensor_table::kSensors[input.ConsumeIntegralInRange<size_t>(0, MDTLM_SENSOR_COUNT - 1)];
+    std::vector<uint8_t> record = input.ConsumeBytes<uint8_t>(codec.recordSize);
+    record.resize(codec.recordSize);
     const int32_t cap = input.ConsumeIntegralInRange<int32_t>(-1, 1400);
 
     std::vector<uint8_t> roomy(kRoomyCap);

@@ -9,51 +9,12 @@
 #include "manual_host.h"
 #include "mdtlm_vraldcn.h"
 #include "sample_check.h"
+#include "sensor_calls.h"
 
 namespace fuzz {
 namespace {
 
 constexpr uint32_t kModuleId = 7;
-
-struct SensorMaps {
-    uint32_t sensorType;
-    uint32_t recordSize;
-    const MDTLM_FILTER_MAP_ENTRY *condMap;
-    size_t condRows;
-    const MDTLM_FILTER_MAP_ENTRY *filterMap;
-    size_t filterRows;
-};
-
-template <size_t C, size_t F>
-constexpr SensorMaps Maps(uint32_t type, uint32_t size, const MDTLM_FILTER_MAP_ENTRY (&cond)[C],
-                          const MDTLM_FILTER_MAP_ENTRY (&filter)[F])
-{
-    return {type, size, cond, C, filter, F};
-}
-
-const SensorMaps kSensors[] = {
-    Maps(MDTLM_SENSOR_VRAL_FLOW, sizeof(MDTLM_FLOW_STATS_REC), g_mdTlmFlowStatsCondMap, g_mdTlmFlowStatsFilterMap),
-    Maps(MDTLM_SENSOR_VRAL_FLOWHOP, sizeof(MDTLM_FLOWHOP_STATS_REC), g_femMdTlmFlowHopStatsCondMap,
-         g_mdTlmFlowHopStatsFilterMap),
-    Maps(MDTLM_SENSOR_SRVTLM_FLOW, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), g_femMdTlmSrvtlmFlowCondMap,
-         g_femMdTlmSrvtlmFlowFilterMap),
-    Maps(MDTLM_SENSOR_QUMA_RESULT, sizeof(MDTLM_QUMA_RESULT_REC), g_femMdTlmQumaResultCondMap,
-         g_femMdTlmQumaResultFilterMap),
-    Maps(MDTLM_SENSOR_SRVTLM_FCTFLOW, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), g_femMdTlmSrvtlmFctFlowCondMap,
-         g_femMdTlmSrvtlmFctFlowFilterMap),
-    Maps(MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC), g_femMdTlmZelkCacheCondMap,
-         g_femMdTlmZelkCacheFilterMap),
-};
-
-const SensorMaps *MapsOf(uint32_t sensorType)
-{
-    for (const SensorMaps &maps : kSensors) {
-        if (maps.sensorType == sensorType) {
-            return &maps;
-        }
-    }
-    return nullptr;
-}
 
 [[noreturn]] void Fail(const std::string &what)
 {
@@ -127,14 +88,14 @@ void Pump(bool tick)
 
 uint32_t RecordSize(uint32_t sensorType)
 {
-    const SensorMaps *maps = MapsOf(sensorType);
-    return maps != nullptr ? maps->recordSize : 0;
+    const sensor_table::SensorCalls *sensor = sensor_table::Of(sensorType);
+    return sensor != nullptr ? sensor->recordSize : 0;
 }
 
 MDTLM_SENSOR_PATH_INFO PathBlock(uint32_t sensorType, FuzzedDataProvider &input)
 {
     MDTLM_SENSOR_PATH_INFO block{};
-    const SensorMaps *maps = MapsOf(sensorType);
+    const sensor_table::SensorCalls *maps = sensor_table::Of(sensorType);
     block.encodeType = input.ConsumeIntegralInRange<uint32_t>(0, 2);
     block.sampleInterval = input.ConsumeIntegral<uint32_t>();
     /* Counts may claim more than the block holds: the engine must bound them. */
