@@ -11,9 +11,7 @@
 #include <string>
 #include <vector>
 
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
-
+#include "coded_reference.h"
 #include "fake_framework.h"
 #include "fuzz_host.h"
 #include "mdtlm_vraldcn.h"
@@ -28,18 +26,6 @@ namespace io = google::protobuf::io;
 {
     std::fprintf(stderr, "fuzz check failed: %s\n", what.c_str());
     std::abort();
-}
-
-template <typename Write>
-std::string Reference(Write write)
-{
-    std::string bytes;
-    {
-        io::StringOutputStream stream(&bytes);
-        io::CodedOutputStream coded(&stream);
-        write(coded);
-    }
-    return bytes;
 }
 
 uint32_t Key(uint32_t field, uint32_t wireType)
@@ -121,21 +107,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const int32_t slack = input.ConsumeIntegralInRange<int32_t>(-3, 3);
         switch (input.ConsumeIntegralInRange<int>(0, 5)) {
         case 0: {
-            std::string expected = Reference([&](io::CodedOutputStream &c) { c.WriteVarint64(value); });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { c.WriteVarint64(value); });
             CheckWriter("varint", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) { return MDTLM_VRALDCN_GPB_EncodeVarint(value, out, cap); });
             break;
         }
         case 1: {
             const uint32_t wireType = input.ConsumeIntegralInRange<uint32_t>(0, 7);
-            std::string expected = Reference([&](io::CodedOutputStream &c) { c.WriteVarint32(Key(field, wireType)); });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { c.WriteVarint32(Key(field, wireType)); });
             CheckWriter("key", expected, static_cast<int32_t>(expected.size()) + slack, [&](uint8_t *out, int32_t cap) {
                 return MDTLM_VRALDCN_GPB_EncodeFieldType(field, wireType, out, cap);
             });
             break;
         }
         case 2: {
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) {
                 c.WriteVarint32(Key(field, 0));
                 c.WriteVarint64(value);
             });
@@ -145,11 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         }
         case 3: {
             std::string bytes = input.ConsumeRandomLengthString(1100);
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
-                c.WriteVarint32(Key(field, 2));
-                c.WriteVarint32(static_cast<uint32_t>(bytes.size()));
-                c.WriteString(bytes);
-            });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { WriteDelimited(c, field, bytes); });
             CheckWriter("length-delimited field", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) {
                             return MDTLM_VRALDCN_GPB_EncodeLengthDelimited(
@@ -161,11 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         case 4: {
             std::string text = input.ConsumeRandomLengthString(300);
             text = text.substr(0, text.find('\0'));
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
-                c.WriteVarint32(Key(field, 2));
-                c.WriteVarint32(static_cast<uint32_t>(text.size()));
-                c.WriteString(text);
-            });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { WriteDelimited(c, field, text); });
             CheckWriter("string field", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) { return MDTLM_VRALDCN_GPB_EncodeString(field, text.c_str(), out, cap); });
             break;

@@ -39,6 +39,12 @@ void Unload()
     MDTLM_HOST_JoinTasks();
 }
 
+bool HandlesCleared()
+{
+    return g_mdtlmVralDcnEpollId == UINT32_MAX && g_mdtlmVralDcnTimerId == -1 && g_mdtlmVralDcnTaskEventHdl == nullptr &&
+           g_mdtlmNtvVralDcnStatsQueHdl == nullptr && g_mdtlmNtvVralDcnChanHandle == nullptr;
+}
+
 std::vector<std::string> Leftovers()
 {
     std::vector<std::string> left;
@@ -56,10 +62,7 @@ std::vector<std::string> Leftovers()
         const uint32_t live = MDTLM_HOST_LiveObjects(static_cast<MDTLM_HOST_OBJECT>(kind));
         expect(live == 0, std::to_string(live) + " " + kinds[kind] + " alive");
     }
-    expect(g_mdtlmVralDcnEpollId == UINT32_MAX && g_mdtlmVralDcnTimerId == -1 &&
-               g_mdtlmVralDcnTaskEventHdl == nullptr && g_mdtlmNtvVralDcnStatsQueHdl == nullptr &&
-               g_mdtlmNtvVralDcnChanHandle == nullptr,
-           "plug-in handles not cleared");
+    expect(HandlesCleared(), "plug-in handles not cleared");
     expect(MDTLM_HOST_RunningTasks() == 0, "threads still running");
     return left;
 }

@@ -31,6 +31,10 @@ uint32_t Deliver(std::vector<MDTLM_STATS_IPC_ENTRY> &entries);
 /* Unloads the plug-in and waits for the host's tasks. */
 void Unload();
 
+/* Whether the plug-in's handles (epoll instance, timer, queues, channel
+ * server) are all cleared, as after an unload. */
+bool HandlesCleared();
+
 /* What must hold after an unload: empty when nothing is left behind,
  * otherwise one description per leftover (buffers, database handles,
  * hot-patch arrays, platform objects, plug-in handles, threads). */

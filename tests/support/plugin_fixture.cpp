@@ -30,6 +30,17 @@ const MDTLM_XPATH_NODE *PathNode(uint32_t sensorType)
 
 } // namespace
 
+std::vector<std::string> LevelAndText()
+{
+    const std::string label = "[mdtlm.vraldcn.statis:#]";
+    std::vector<std::string> out;
+    for (const CapturedLog &log : FakeFramework::Get().Logs()) {
+        EXPECT_EQ(log.shape.rfind(label, 0), 0u) << log.text;
+        out.push_back(std::to_string(log.level) + " " + log.shape.substr(label.size()));
+    }
+    return out;
+}
+
 PathInfoBuilder::PathInfoBuilder(uint32_t encodeType)
 {
     info_.encodeType = encodeType;

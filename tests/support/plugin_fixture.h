@@ -37,6 +37,10 @@ private:
     MDTLM_SENSOR_PATH_INFO info_{};
 };
 
+/* The captured log lines as "level text": the plug-in's label and line number
+ * taken off; a line without the label fails the test. */
+std::vector<std::string> LevelAndText();
+
 class PluginFixture : public ::testing::Test {
 protected:
     static constexpr uint32_t kModuleId = 7;

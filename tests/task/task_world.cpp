@@ -91,15 +91,4 @@ Pairs TaskWorld::Walk(uint32_t sensor)
     return out;
 }
 
-Lines TaskWorld::Logs()
-{
-    const std::string label = "[mdtlm.vraldcn.statis:#]";
-    Lines out;
-    for (const CapturedLog &l : fw().Logs()) {
-        EXPECT_EQ(l.shape.rfind(label, 0), 0u) << l.text;
-        out.push_back(std::to_string(l.level) + " " + l.shape.substr(label.size()));
-    }
-    return out;
-}
-
 void TaskWorld::Pump() { manual_host::Pump(); }

@@ -11,6 +11,7 @@
 #include "fake_framework.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
+#include "plugin_fixture.h"
 
 using Lines = std::vector<std::string>;
 using Pairs = std::vector<std::pair<uint32_t, uint32_t>>;
@@ -27,7 +28,7 @@ protected:
     void Queue(uint32_t sensor, const std::string &body, int times = 1);
     MDTLM_TASK_DATA *Task(uint32_t s, uint32_t i, uint32_t t) { return MDTLM_VRALDCN_GetTlmTaskInfo(s, i, t); }
     Pairs Walk(uint32_t sensor);
-    Lines Logs(); /* "level shape" without the label */
+    Lines Logs() { return LevelAndText(); }
 };
 
 inline int64_t Sql(const std::string &query) { return MDTLM_HOST_DbQueryInt(query.c_str()); }
