@@ -11,26 +11,12 @@
 
 #include "fake_framework.h"
 #include "manual_host.h"
+#include "plugin_fixture.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 
-class PluginTest : public ::testing::Test {
+class PluginTest : public ManualHostTest {
 protected:
-    void SetUp() override
-    {
-        savedTable_ = Fw().table;
-        manual_host::Prepare();
-    }
-
-    void TearDown() override
-    {
-        MDTLM_HOST_FaultClear();
-        Fw().FailAlloc(0, 0);
-        Fw().table = savedTable_; /* tests may blank slots */
-        manual_host::Unload();
-        EXPECT_EQ(Fw().Outstanding(), 0);
-    }
-
     static FakeFramework &Fw() { return FakeFramework::Get(); }
 
     /* Shape of a delivered line: label, '#' for the line number, then text. */
@@ -61,8 +47,6 @@ protected:
         std::memcpy(event->payload, &word, 4);
         return event;
     }
-
-    MDTLM_FRM_VTBL savedTable_{};
 };
 
 /* A task node linked straight into a sensor's list for the scope's life. */

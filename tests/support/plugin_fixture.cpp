@@ -90,18 +90,31 @@ PathInfoBuilder &PathInfoBuilder::Logic(uint32_t logic)
     return *this;
 }
 
+void ManualHostTest::SetUp()
+{
+    savedTable_ = FakeFramework::Get().table;
+    manual_host::Prepare();
+}
+
+void ManualHostTest::TearDown()
+{
+    FakeFramework &fw = FakeFramework::Get();
+    MDTLM_HOST_FaultClear();
+    fw.FailAlloc(0, 0);
+    fw.FailAllocOfSize(0, 0, 0);
+    fw.table = savedTable_; /* tests may blank slots */
+    manual_host::Unload();
+    EXPECT_EQ(fw.Outstanding(), 0) << "buffers the plug-in did not give back";
+}
+
 void PluginFixture::SetUp()
 {
-    manual_host::Prepare();
+    ManualHostTest::SetUp();
     ASSERT_EQ(MDTLM_VRALDCN_Init(kModuleId), 0u);
-    loaded_ = true;
 }
 
 void PluginFixture::TearDown()
 {
-    if (!loaded_) {
-        return;
-    }
     MDTLM_HOST_FaultClear();
     fw.FailAlloc(0, 0);
     fw.FailAllocOfSize(0, 0, 0);
@@ -109,9 +122,7 @@ void PluginFixture::TearDown()
         DelTask(key.sensorType, key.instanceId, key.taskId);
     }
     Pump();
-    MDTLM_VRALDCN_Unload();
-    loaded_ = false;
-    EXPECT_EQ(fw.Outstanding(), 0) << "buffers the plug-in did not give back";
+    ManualHostTest::TearDown();
 }
 
 MDTLM_TASK_DATA *PluginFixture::AddTask(uint32_t sensorType, uint32_t instanceId, uint32_t taskId,

@@ -101,7 +101,6 @@ protected:
     {
         ASSERT_EQ(MDTLM_HOST_DbOpen(nullptr), 0u);
         PluginFixture::SetUp();
-        savedTable_ = fw.table;
     }
 
     void TearDown() override
@@ -157,8 +156,6 @@ protected:
     {
         return task->pathInfo.encodeType == MDTLM_ENCODE_TYPE_JSON ? task->jsonBuffer : task->gpbBuffer;
     }
-
-    MDTLM_FRM_VTBL savedTable_{};
 };
 
 void Fault(MDTLM_HOST_OP op, uint32_t skip, uint32_t count, int64_t result)

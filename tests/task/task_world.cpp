@@ -28,7 +28,7 @@ static uint32_t AppendBodyMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
 
 void TaskWorld::SetUp()
 {
-    manual_host::Prepare();
+    ManualHostTest::SetUp();
     ASSERT_EQ(MDTLM_HOST_DbOpen(nullptr), 0u);
     ASSERT_EQ(MDTLM_VRALDCN_Init(17), 0u);
     for (MDTLM_STATS_MAP_ENTRY &row : g_femMdtlmStatsMap) {
@@ -42,8 +42,7 @@ void TaskWorld::TearDown()
     MDTLM_HOST_FaultClear();
     fw().Reset();
     Pump();
-    manual_host::Unload();
-    EXPECT_EQ(fw().Outstanding(), 0);
+    ManualHostTest::TearDown();
     EXPECT_EQ(MDTLM_HOST_DbOpenHandles(), 0u);
 }
 

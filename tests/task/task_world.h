@@ -16,7 +16,7 @@
 using Lines = std::vector<std::string>;
 using Pairs = std::vector<std::pair<uint32_t, uint32_t>>;
 
-class TaskWorld : public ::testing::Test {
+class TaskWorld : public ManualHostTest {
 protected:
     void SetUp() override;
     void TearDown() override;
