@@ -11,13 +11,12 @@
 #include <string>
 #include <vector>
 
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
-
+#include "coded_reference.h"
 #include "fake_framework.h"
 #include "fuzz_host.h"
 #include "mdtlm_vraldcn.h"
 #include "sample_check.h"
+#include "sensor_calls.h"
 
 namespace {
 
@@ -27,18 +26,6 @@ namespace io = google::protobuf::io;
 {
     std::fprintf(stderr, "fuzz check failed: %s\n", what.c_str());
     std::abort();
-}
-
-template <typename Write>
-std::string Reference(Write write)
-{
-    std::string bytes;
-    {
-        io::StringOutputStream stream(&bytes);
-        io::CodedOutputStream coded(&stream);
-        write(coded);
-    }
-    return bytes;
 }
 
 uint32_t Key(uint32_t field, uint32_t wireType)
@@ -64,47 +51,14 @@ void CheckWriter(const char *name, const std::string &expected, int32_t cap, Wri
     }
 }
 
-using RecordEncoder = int32_t (*)(const void *record, uint8_t *out, int32_t cap);
-
-template <typename Rec, int32_t (*Encode)(const Rec *, uint8_t *, int32_t)>
-int32_t Adapt(const void *record, uint8_t *out, int32_t cap)
-{
-    return Encode(static_cast<const Rec *>(record), out, cap);
-}
-
-struct RecordCodec {
-    uint32_t sensorType;
-    size_t size;
-    RecordEncoder gpb;
-    RecordEncoder json;
-};
-
-const RecordCodec kCodecs[] = {
-    {MDTLM_SENSOR_VRAL_FLOW, sizeof(MDTLM_FLOW_STATS_REC),
-     Adapt<MDTLM_FLOW_STATS_REC, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_FLOW_STATS_REC, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_VRAL_FLOWHOP, sizeof(MDTLM_FLOWHOP_STATS_REC),
-     Adapt<MDTLM_FLOWHOP_STATS_REC, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>,
-     Adapt<MDTLM_FLOWHOP_STATS_REC, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_SRVTLM_FLOW, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC),
-     Adapt<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_QUMA_RESULT, sizeof(MDTLM_QUMA_RESULT_REC), Adapt<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg>,
-     Adapt<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_SRVTLM_FCTFLOW, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC),
-     Adapt<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg>,
-     Adapt<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg>},
-    {MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC), Adapt<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg>,
-     Adapt<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_JSON_EncodeMsg>},
-};
-
 constexpr int32_t kRoomyCap = 4096;
 
 void CheckRecord(FuzzedDataProvider &input)
 {
-    const RecordCodec &codec = kCodecs[input.ConsumeIntegralInRange<size_t>(0, std::size(kCodecs) - 1)];
-    std::vector<uint8_t> record = input.ConsumeBytes<uint8_t>(codec.size);
-    record.resize(codec.size);
+    const sensor_table::SensorCalls &codec =
+        sensor_table::kSensors[input.ConsumeIntegralInRange<size_t>(0, MDTLM_SENSOR_COUNT - 1)];
+    std::vector<uint8_t> record = input.ConsumeBytes<uint8_t>(codec.recordSize);
+    record.resize(codec.recordSize);
     const int32_t cap = input.ConsumeIntegralInRange<int32_t>(-1, 1400);
 
     std::vector<uint8_t> roomy(kRoomyCap);
@@ -153,21 +107,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const int32_t slack = input.ConsumeIntegralInRange<int32_t>(-3, 3);
         switch (input.ConsumeIntegralInRange<int>(0, 5)) {
         case 0: {
-            std::string expected = Reference([&](io::CodedOutputStream &c) { c.WriteVarint64(value); });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { c.WriteVarint64(value); });
             CheckWriter("varint", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) { return MDTLM_VRALDCN_GPB_EncodeVarint(value, out, cap); });
             break;
         }
         case 1: {
             const uint32_t wireType = input.ConsumeIntegralInRange<uint32_t>(0, 7);
-            std::string expected = Reference([&](io::CodedOutputStream &c) { c.WriteVarint32(Key(field, wireType)); });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { c.WriteVarint32(Key(field, wireType)); });
             CheckWriter("key", expected, static_cast<int32_t>(expected.size()) + slack, [&](uint8_t *out, int32_t cap) {
                 return MDTLM_VRALDCN_GPB_EncodeFieldType(field, wireType, out, cap);
             });
             break;
         }
         case 2: {
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) {
                 c.WriteVarint32(Key(field, 0));
                 c.WriteVarint64(value);
             });
@@ -177,11 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         }
         case 3: {
             std::string bytes = input.ConsumeRandomLengthString(1100);
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
-                c.WriteVarint32(Key(field, 2));
-                c.WriteVarint32(static_cast<uint32_t>(bytes.size()));
-                c.WriteString(bytes);
-            });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { WriteDelimited(c, field, bytes); });
             CheckWriter("length-delimited field", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) {
                             return MDTLM_VRALDCN_GPB_EncodeLengthDelimited(
@@ -193,11 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         case 4: {
             std::string text = input.ConsumeRandomLengthString(300);
             text = text.substr(0, text.find('\0'));
-            std::string expected = Reference([&](io::CodedOutputStream &c) {
-                c.WriteVarint32(Key(field, 2));
-                c.WriteVarint32(static_cast<uint32_t>(text.size()));
-                c.WriteString(text);
-            });
+            std::string expected = CodedReference([&](io::CodedOutputStream &c) { WriteDelimited(c, field, text); });
             CheckWriter("string field", expected, static_cast<int32_t>(expected.size()) + slack,
                         [&](uint8_t *out, int32_t cap) { return MDTLM_VRALDCN_GPB_EncodeString(field, text.c_str(), out, cap); });
             break;

@@ -6,54 +6,15 @@
 #include <string>
 
 #include "fake_framework.h"
-#include "mdtlm_host.h"
+#include "manual_host.h"
 #include "mdtlm_vraldcn.h"
 #include "sample_check.h"
+#include "sensor_calls.h"
 
 namespace fuzz {
 namespace {
 
 constexpr uint32_t kModuleId = 7;
-
-struct SensorMaps {
-    uint32_t sensorType;
-    uint32_t recordSize;
-    const MDTLM_FILTER_MAP_ENTRY *condMap;
-    size_t condRows;
-    const MDTLM_FILTER_MAP_ENTRY *filterMap;
-    size_t filterRows;
-};
-
-template <size_t C, size_t F>
-constexpr SensorMaps Maps(uint32_t type, uint32_t size, const MDTLM_FILTER_MAP_ENTRY (&cond)[C],
-                          const MDTLM_FILTER_MAP_ENTRY (&filter)[F])
-{
-    return {type, size, cond, C, filter, F};
-}
-
-const SensorMaps kSensors[] = {
-    Maps(MDTLM_SENSOR_VRAL_FLOW, sizeof(MDTLM_FLOW_STATS_REC), g_mdTlmFlowStatsCondMap, g_mdTlmFlowStatsFilterMap),
-    Maps(MDTLM_SENSOR_VRAL_FLOWHOP, sizeof(MDTLM_FLOWHOP_STATS_REC), g_femMdTlmFlowHopStatsCondMap,
-         g_mdTlmFlowHopStatsFilterMap),
-    Maps(MDTLM_SENSOR_SRVTLM_FLOW, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), g_femMdTlmSrvtlmFlowCondMap,
-         g_femMdTlmSrvtlmFlowFilterMap),
-    Maps(MDTLM_SENSOR_QUMA_RESULT, sizeof(MDTLM_QUMA_RESULT_REC), g_femMdTlmQumaResultCondMap,
-         g_femMdTlmQumaResultFilterMap),
-    Maps(MDTLM_SENSOR_SRVTLM_FCTFLOW, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), g_femMdTlmSrvtlmFctFlowCondMap,
-         g_femMdTlmSrvtlmFctFlowFilterMap),
-    Maps(MDTLM_SENSOR_ZELK_CACHE, sizeof(MDTLM_ZELK_CACHE_REC), g_femMdTlmZelkCacheCondMap,
-         g_femMdTlmZelkCacheFilterMap),
-};
-
-const SensorMaps *MapsOf(uint32_t sensorType)
-{
-    for (const SensorMaps &maps : kSensors) {
-        if (maps.sensorType == sensorType) {
-            return &maps;
-        }
-    }
-    return nullptr;
-}
 
 [[noreturn]] void Fail(const std::string &what)
 {
@@ -91,15 +52,7 @@ void CheckSamples()
 
 void Start()
 {
-    static bool prepared = [] {
-        FakeFramework::Get().Install();
-        MDTLM_HOST_SetManualTasks(1);
-        MDTLM_HOST_SetManualClock(1);
-        MDTLM_HOST_ChanSetPortOverride(1, 0);
-        return true;
-    }();
-    (void)prepared;
-    FakeFramework::Get().Reset();
+    manual_host::Prepare();
     if (MDTLM_VRALDCN_Init(kModuleId) != 0) {
         Fail("the plug-in did not start");
     }
@@ -108,19 +61,10 @@ void Start()
 void StopAndCheck()
 {
     Pump(false);
-    MDTLM_VRALDCN_Unload();
-    MDTLM_HOST_JoinTasks();
+    manual_host::Unload();
     CheckSamples();
-    if (FakeFramework::Get().Outstanding() != 0) {
-        Fail(std::to_string(FakeFramework::Get().Outstanding()) + " buffers not given back");
-    }
-    if (MDTLM_HOST_DbOpenHandles() != 0) {
-        Fail("database handles left open");
-    }
-    for (int kind = 0; kind < MDTLM_HOST_OBJECT_COUNT; ++kind) {
-        if (MDTLM_HOST_LiveObjects(static_cast<MDTLM_HOST_OBJECT>(kind)) != 0) {
-            Fail("platform objects of kind " + std::to_string(kind) + " left alive");
-        }
+    for (const std::string &left : manual_host::Leftovers()) {
+        Fail(left);
     }
     /* A release the platform refused, or a queue that kept its elements,
      * means a handle the platform did not know: misuse. */
@@ -134,25 +78,24 @@ void StopAndCheck()
 
 void Pump(bool tick)
 {
-    if (tick && g_mdtlmVralDcnTimerId > 0) {
-        MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
-    }
-    if (g_mdtlmVralDcnEpollId != UINT32_MAX) {
-        MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1);
+    if (tick) {
+        (void)manual_host::Tick();
+    } else {
+        (void)manual_host::Pump();
     }
     CheckSamples();
 }
 
 uint32_t RecordSize(uint32_t sensorType)
 {
-    const SensorMaps *maps = MapsOf(sensorType);
-    return maps != nullptr ? maps->recordSize : 0;
+    const sensor_table::SensorCalls *sensor = sensor_table::Of(sensorType);
+    return sensor != nullptr ? sensor->recordSize : 0;
 }
 
 MDTLM_SENSOR_PATH_INFO PathBlock(uint32_t sensorType, FuzzedDataProvider &input)
 {
     MDTLM_SENSOR_PATH_INFO block{};
-    const SensorMaps *maps = MapsOf(sensorType);
+    const sensor_table::SensorCalls *maps = sensor_table::Of(sensorType);
     block.encodeType = input.ConsumeIntegralInRange<uint32_t>(0, 2);
     block.sampleInterval = input.ConsumeIntegral<uint32_t>();
     /* Counts may claim more than the block holds: the engine must bound them. */
@@ -213,7 +156,7 @@ void DeliverBatch(FuzzedDataProvider &input)
         entries.push_back({length == 0 && input.ConsumeBool() ? nullptr : bodies.back().data(), type, length});
     }
     if (!entries.empty()) {
-        (void)MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), static_cast<uint32_t>(entries.size()));
+        (void)manual_host::Deliver(entries);
     }
 }
 

@@ -19,13 +19,6 @@ struct WriterCase {
     std::string bytes;
 };
 
-void Delimited(CodedOutputStream &s, uint32_t field, const std::string &bytes)
-{
-    s.WriteTag((field << 3) | 2);
-    s.WriteVarint32(static_cast<uint32_t>(bytes.size()));
-    s.WriteString(bytes);
-}
-
 std::vector<WriterCase> WriterCases()
 {
     const uint64_t values[] = {0, 1, 127, 128, 300, 16383, 16384, 0xffffffffull, 1ull << 32, 1ull << 63, UINT64_MAX};
@@ -35,7 +28,7 @@ std::vector<WriterCase> WriterCases()
         for (uint32_t f : ids) {
             cases.push_back({"int " + std::to_string(f) + "=" + std::to_string(v),
                              [f, v](uint8_t *o, int32_t c) { return MDTLM_VRALDCN_GPB_EncodeInterger(f, v, o, c); },
-                             Reference([f, v](CodedOutputStream &s) { s.WriteTag(f << 3); s.WriteVarint64(v); }),
+                             CodedReference([f, v](CodedOutputStream &s) { s.WriteTag(f << 3); s.WriteVarint64(v); }),
                              static_cast<int>(f), UnknownField::TYPE_VARINT, v, ""});
         }
     }
@@ -52,13 +45,13 @@ std::vector<WriterCase> WriterCases()
                                      f, reinterpret_cast<const uint8_t *>(part.data()),
                                      static_cast<uint32_t>(part.size()), o, c);
                              },
-                             Reference([&](CodedOutputStream &s) { Delimited(s, f, part); }), static_cast<int>(f),
+                             CodedReference([&](CodedOutputStream &s) { WriteDelimited(s, f, part); }), static_cast<int>(f),
                              UnknownField::TYPE_LENGTH_DELIMITED, 0, part});
         }
     }
     cases.push_back({"string 200", [](uint8_t *o, int32_t c) {
                          return MDTLM_VRALDCN_GPB_EncodeString(33, std::string(200, 'a').c_str(), o, c); },
-                     Reference([](CodedOutputStream &s) { Delimited(s, 33, std::string(200, 'a')); }), 33,
+                     CodedReference([](CodedOutputStream &s) { WriteDelimited(s, 33, std::string(200, 'a')); }), 33,
                      UnknownField::TYPE_LENGTH_DELIMITED, 0, std::string(200, 'a')});
     return cases;
 }
@@ -87,7 +80,7 @@ TEST_F(CodecLog, WritersMatchLibprotobufAndNeedEveryByte)
         }
         EXPECT_EQ(c.write(nullptr, n), MDTLM_ENCODE_NO_SPACE);
     }
-    for (const std::string &line : Logged()) {
+    for (const std::string &line : LevelAndText()) {
         ASSERT_EQ(line.substr(0, 2), "2 ") << line;
     }
 }
@@ -126,7 +119,7 @@ TEST_F(CodecLog, FailureLinesWordForWord)
         SCOPED_TRACE(c.name);
         FakeFramework::Get().ClearLogs();
         EXPECT_EQ(c.call(), c.result);
-        EXPECT_EQ(Logged(), c.lines);
+        EXPECT_EQ(LevelAndText(), c.lines);
     }
 }
 

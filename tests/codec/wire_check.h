@@ -1,13 +1,12 @@
-/* Codec test helpers: libprotobuf as reader and reference writer, guarded outputs, logs. */
+/* Codec test helpers: libprotobuf as reader (and, in coded_reference.h, as reference writer), guarded outputs, logs. */
 #ifndef MDTLM_TESTS_CODEC_WIRE_CHECK_H
 #define MDTLM_TESTS_CODEC_WIRE_CHECK_H
 
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/unknown_field_set.h>
 #include <gtest/gtest.h>
 
-#include "fake_framework.h"
+#include "coded_reference.h"
+#include "plugin_fixture.h"
 #include "mdtlm_vraldcn.h"
 
 namespace codec_test {
@@ -34,19 +33,6 @@ inline std::vector<WireField> Decode(const std::string &bytes)
     return fields;
 }
 
-/* The bytes libprotobuf writes for the same content. */
-template <typename Fn>
-std::string Reference(Fn write)
-{
-    std::string out;
-    {
-        google::protobuf::io::StringOutputStream string(&out);
-        google::protobuf::io::CodedOutputStream stream(&string);
-        write(stream);
-    }
-    return out;
-}
-
 /* An output range of `cap` bytes followed by guard bytes that no writer may touch. */
 struct Guarded {
     static constexpr uint8_t kFill = 0xA5;
@@ -68,17 +54,6 @@ protected:
         FakeFramework::Get().Install();
         ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u);
         FakeFramework::Get().ClearLogs();
-    }
-    /* Delivered lines as "level shape-without-label". */
-    static std::vector<std::string> Logged()
-    {
-        const std::string label = "[mdtlm.vraldcn.statis:#]";
-        std::vector<std::string> out;
-        for (const CapturedLog &log : FakeFramework::Get().Logs()) {
-            EXPECT_EQ(log.shape.rfind(label, 0), 0u) << log.text;
-            out.push_back(std::to_string(log.level) + " " + log.shape.substr(label.size()));
-        }
-        return out;
     }
 };
 

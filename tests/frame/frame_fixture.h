@@ -10,34 +10,13 @@
 #include <vector>
 
 #include "fake_framework.h"
+#include "manual_host.h"
+#include "plugin_fixture.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 
-class PluginTest : public ::testing::Test {
+class PluginTest : public ManualHostTest {
 protected:
-    void SetUp() override
-    {
-        Fw().Reset();
-        savedTable_ = Fw().table;
-        Fw().Install();
-        MDTLM_HOST_FaultClear();
-        MDTLM_HOST_HpxClear();
-        MDTLM_HOST_SetManualClock(1);
-        MDTLM_HOST_SetManualTasks(1);
-        MDTLM_HOST_ChanSetPortOverride(1, 0);
-        MDTLM_HOST_CallCountReset();
-    }
-
-    void TearDown() override
-    {
-        MDTLM_HOST_FaultClear();
-        Fw().FailAlloc(0, 0);
-        Fw().table = savedTable_; /* tests may blank slots */
-        MDTLM_VRALDCN_Unload();
-        MDTLM_HOST_JoinTasks();
-        EXPECT_EQ(Fw().Outstanding(), 0);
-    }
-
     static FakeFramework &Fw() { return FakeFramework::Get(); }
 
     /* Shape of a delivered line: label, '#' for the line number, then text. */
@@ -57,7 +36,7 @@ protected:
         Fw().ClearLogs();
     }
     static void Bind() { ASSERT_EQ(MDTLM_VRALDCN_InitTlmFrmVtbl(), 0u); }
-    static uint32_t Pump() { return MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
+    static uint32_t Pump() { return manual_host::Pump(); }
 
     /* An event in a framework buffer, payload starting with `word`. */
     static MDTLM_EVENT_MSG *NewEvent(uint32_t type, uint32_t payloadLen, uint32_t word)
@@ -68,8 +47,6 @@ protected:
         std::memcpy(event->payload, &word, 4);
         return event;
     }
-
-    MDTLM_FRM_VTBL savedTable_{};
 };
 
 /* A task node linked straight into a sensor's list for the scope's life. */

@@ -12,14 +12,7 @@ std::vector<uint64_t> Destroys()
             MDTLM_HOST_CallCount(MDTLM_HOST_OP_EPOLL_DESTROY), MDTLM_HOST_CallCount(MDTLM_HOST_OP_TIMER_DESTROY)};
 }
 
-void ExpectNothingLeft()
-{
-    EXPECT_EQ(g_mdtlmVralDcnEpollId, UINT32_MAX);
-    EXPECT_EQ(g_mdtlmVralDcnTimerId, -1);
-    EXPECT_EQ(g_mdtlmVralDcnTaskEventHdl, nullptr);
-    EXPECT_EQ(g_mdtlmNtvVralDcnStatsQueHdl, nullptr);
-    EXPECT_EQ(g_mdtlmNtvVralDcnChanHandle, nullptr);
-}
+void ExpectNothingLeft() { EXPECT_TRUE(manual_host::HandlesCleared()); }
 
 } // namespace
 

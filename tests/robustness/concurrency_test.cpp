@@ -20,6 +20,7 @@
 #include <tuple>
 
 #include "fake_framework.h"
+#include "manual_host.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 #include "scenario.h"
@@ -113,18 +114,16 @@ bool WaitForEmptyEventQueue()
 
 TEST(Concurrency, AddAndDeleteFromManyThreadsWhileRecordsFlowAndTicksRun)
 {
+    manual_host::Prepare();
     FakeFramework &fw = FakeFramework::Get();
-    fw.Reset();
-    fw.Install();
     fw.OnLog([](uint32_t, const std::string &text) {
         if (text.find("push task to event queue failed") != std::string::npos &&
             text.find("TlmTask]") != std::string::npos) {
             ++t_droppedHere;
         }
     });
-    MDTLM_HOST_SetManualTasks(0);
+    MDTLM_HOST_SetManualTasks(0); /* real threads and clock */
     MDTLM_HOST_SetManualClock(0);
-    MDTLM_HOST_ChanSetPortOverride(1, 0);
     ASSERT_EQ(MDTLM_VRALDCN_Init(7), 0u);
     const uint16_t port = MDTLM_HOST_ChanLocalPort(nullptr);
     ASSERT_NE(port, 0);
@@ -181,7 +180,7 @@ TEST(Concurrency, AddAndDeleteFromManyThreadsWhileRecordsFlowAndTicksRun)
     MDTLM_VRALDCN_Unload();
     fw.OnLog(nullptr);
     EXPECT_EQ(fw.Outstanding(), 0);
-    EXPECT_EQ(robustness::Leftovers(), std::vector<std::string>{});
+    EXPECT_EQ(manual_host::Leftovers(), std::vector<std::string>{});
     std::printf("requests dropped on a full event queue: %u of %u; tasks at the end: %zu\n", droppedTotal,
                 kFrameworkThreads * kRequestsPerThread, expectedTasks);
 }

@@ -11,6 +11,7 @@
 #include <set>
 
 #include "fake_framework.h"
+#include "manual_host.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 #include "scenario.h"
@@ -91,15 +92,14 @@ std::set<std::string> FailureLines()
 Baseline CleanRun()
 {
     Baseline baseline;
-    robustness::PrepareHost();
-    MDTLM_HOST_CallCountReset();
+    manual_host::Prepare(); /* call counts start again here */
     const uint64_t before = FakeFramework::Get().Allocations();
     EXPECT_EQ(robustness::Run(), 0u);
     baseline.allocations = FakeFramework::Get().Allocations() - before;
     for (int op = 0; op < MDTLM_HOST_OP_COUNT; ++op) {
         baseline.calls[op] = MDTLM_HOST_CallCount(static_cast<MDTLM_HOST_OP>(op));
     }
-    EXPECT_EQ(robustness::Leftovers(), std::vector<std::string>{});
+    EXPECT_EQ(manual_host::Leftovers(), std::vector<std::string>{});
     EXPECT_EQ(FailureLines(), std::set<std::string>{});
     EXPECT_FALSE(FakeFramework::Get().Samples().empty());
     return baseline;
@@ -118,7 +118,7 @@ class FaultSweep : public ::testing::TestWithParam<int> {};
  * was left behind. `logged` tells whether the run showed an expected line. */
 bool RunWithFault(int kind, uint64_t n, bool *logged)
 {
-    robustness::PrepareHost();
+    manual_host::Prepare();
     if (kind == kAllocations) {
         FakeFramework::Get().FailAlloc(static_cast<uint32_t>(n));
     } else {
@@ -126,7 +126,7 @@ bool RunWithFault(int kind, uint64_t n, bool *logged)
     }
     (void)robustness::Run();
     MDTLM_HOST_FaultClear();
-    std::vector<std::string> left = robustness::Leftovers();
+    std::vector<std::string> left = manual_host::Leftovers();
     EXPECT_EQ(left, std::vector<std::string>{});
     const std::set<std::string> lines = FailureLines();
     auto expected = kExpected.find(kind);

@@ -3,12 +3,14 @@
 #include <cstring>
 
 #include "../sensors/sensor_records.h"
-#include "fake_framework.h"
-#include "mdtlm_host.h"
+#include "manual_host.h"
 #include "mdtlm_vraldcn.h"
 
 namespace robustness {
 namespace {
+
+using manual_host::Pump;
+using manual_host::Tick;
 
 constexpr uint32_t kModuleId = 7;
 
@@ -83,34 +85,7 @@ void DeliverAll(uint32_t copies)
                                static_cast<uint32_t>(record.body.size())});
         }
     }
-    (void)MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), static_cast<uint32_t>(entries.size()));
-}
-
-void Pump()
-{
-    if (g_mdtlmVralDcnEpollId != UINT32_MAX) {
-        MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1);
-    }
-}
-
-void Tick()
-{
-    if (g_mdtlmVralDcnTimerId > 0) {
-        MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
-    }
-    Pump();
-}
-
-void PrepareHost()
-{
-    FakeFramework &fw = FakeFramework::Get();
-    fw.Reset();
-    fw.Install();
-    MDTLM_HOST_FaultClear();
-    MDTLM_HOST_HpxClear();
-    MDTLM_HOST_SetManualTasks(1);
-    MDTLM_HOST_SetManualClock(1);
-    MDTLM_HOST_ChanSetPortOverride(1, 0);
+    (void)manual_host::Deliver(entries);
 }
 
 uint32_t Run()
@@ -128,34 +103,8 @@ uint32_t Run()
     DeliverAll(1);
     Tick();
     DeliverAll(1); /* still queued at the unload */
-    MDTLM_VRALDCN_Unload();
-    MDTLM_HOST_JoinTasks();
+    manual_host::Unload();
     return init;
-}
-
-std::vector<std::string> Leftovers()
-{
-    std::vector<std::string> left;
-    auto expect = [&left](bool holds, const std::string &what) {
-        if (!holds) {
-            left.push_back(what);
-        }
-    };
-    const int64_t buffers = FakeFramework::Get().Outstanding();
-    expect(buffers == 0, std::to_string(buffers) + " buffers outstanding");
-    expect(MDTLM_HOST_DbOpenHandles() == 0, std::to_string(MDTLM_HOST_DbOpenHandles()) + " database handles open");
-    expect(MDTLM_HOST_HpxOutstanding() == 0, "hot-patch arrays not given back");
-    const char *kinds[MDTLM_HOST_OBJECT_COUNT] = {"queues", "epoll instances", "timers", "channel servers"};
-    for (int kind = 0; kind < MDTLM_HOST_OBJECT_COUNT; ++kind) {
-        const uint32_t live = MDTLM_HOST_LiveObjects(static_cast<MDTLM_HOST_OBJECT>(kind));
-        expect(live == 0, std::to_string(live) + " " + kinds[kind] + " alive");
-    }
-    expect(g_mdtlmVralDcnEpollId == UINT32_MAX && g_mdtlmVralDcnTimerId == -1 &&
-               g_mdtlmVralDcnTaskEventHdl == nullptr && g_mdtlmNtvVralDcnStatsQueHdl == nullptr &&
-               g_mdtlmNtvVralDcnChanHandle == nullptr,
-           "plug-in handles not cleared");
-    expect(MDTLM_HOST_RunningTasks() == 0, "threads still running");
-    return left;
 }
 
 } // namespace robustness

@@ -9,7 +9,6 @@
 #define MDTLM_TESTS_ROBUSTNESS_SCENARIO_H
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "mdtlm_types.h"
@@ -31,20 +30,9 @@ MDTLM_SENSOR_PATH_INFO TaskBlock(uint32_t encodeType);
 /* Hands every record to the receive callback, `copies` times each, in one batch. */
 void DeliverAll(uint32_t copies);
 
-/* Fires one period tick and runs the loop until it is idle. */
-void Tick();
-/* Runs the loop until it is idle. */
-void Pump();
-
-/* Installs the framework double and the manual host; call before Run. */
-void PrepareHost();
-/* Runs the scenario; the result of MDTLM_VRALDCN_Init. */
+/* Runs the scenario on a host made ready by manual_host::Prepare; the result
+ * of MDTLM_VRALDCN_Init. Check manual_host::Leftovers afterwards. */
 uint32_t Run();
-
-/* What must hold after any run: empty when nothing is left behind, otherwise
- * one description per leftover (buffers, database handles, platform objects,
- * plug-in handles, threads). */
-std::vector<std::string> Leftovers();
 
 } // namespace robustness
 

@@ -7,34 +7,22 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "mdtlm_vraldcn.h"
+#include "sensor_calls.h"
 
 namespace {
 
-struct SensorCallbacks {
-    uint32_t sensorType;
-    MDTLM_CONDITION_CMP_FUNC condition;
-    MDTLM_FILTER_CMP_FUNC filter;
-};
-
-const SensorCallbacks kCallbacks[] = {
-    {MDTLM_SENSOR_VRAL_FLOW, MDTLM_VRALDCN_FlowCmpFieldWithCondition, MDTLM_VRALDCN_FlowCmpFieldWithFilter},
-    {MDTLM_SENSOR_VRAL_FLOWHOP, MDTLM_VRALDCN_FlowHopCmpFieldWithInfo, MDTLM_VRALDCN_FlowHopCmpFieldWithFilter},
-    {MDTLM_SENSOR_SRVTLM_FLOW, MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithInfo, MDTLM_SRVTLM_FLOW_STATS_CmpFieldWithFilter},
-    {MDTLM_SENSOR_QUMA_RESULT, MDTLM_QUMA_STATS_CmpFieldWithCondition, MDTLM_QUMA_STATS_CmpFieldWithThread},
-    {MDTLM_SENSOR_SRVTLM_FCTFLOW, MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithInfo,
-     MDTLM_SRVTLM_FCTFLOW_STATS_CmpFieldWithFilter},
-    {MDTLM_SENSOR_ZELK_CACHE, MDTLM_ZELK_CmpFieldWithCondition, MDTLM_ZELK_CmpFieldWithThread},
-};
+using sensor_table::SensorCalls;
 
 /* A zeroed record as large as any sensor's: every field small, every address family code 0. */
 struct ZeroRecord {
     alignas(8) uint8_t bytes[512] = {};
 };
 
-uint32_t Condition(const SensorCallbacks &sensor, uint32_t id, const std::string &value)
+uint32_t Condition(const SensorCalls &sensor, uint32_t id, const std::string &value)
 {
     MDTLM_PATH_CONDITION cond;
     std::memset(&cond, 0, sizeof cond);
@@ -43,7 +31,7 @@ uint32_t Condition(const SensorCallbacks &sensor, uint32_t id, const std::string
     return sensor.condition(id, &cond, record.bytes);
 }
 
-uint32_t FilterLessThan(const SensorCallbacks &sensor, uint32_t id, uint64_t threshold)
+uint32_t FilterLessThan(const SensorCalls &sensor, uint32_t id, uint64_t threshold)
 {
     MDTLM_PATH_FILTER filter;
     std::memset(&filter, 0, sizeof filter);
@@ -54,7 +42,7 @@ uint32_t FilterLessThan(const SensorCallbacks &sensor, uint32_t id, uint64_t thr
 }
 
 /* The value (0 to 16) of a numeric condition field on the zero record. */
-int MatchingSmallValue(const SensorCallbacks &sensor, uint32_t id)
+int MatchingSmallValue(const SensorCalls &sensor, uint32_t id)
 {
     for (int value = 0; value <= 16; ++value) {
         if (Condition(sensor, id, std::to_string(value)) == 1) {
@@ -67,7 +55,7 @@ int MatchingSmallValue(const SensorCallbacks &sensor, uint32_t id)
 TEST(FieldCatalogue, EachReportedFormIsHowTheSensorsCallbackDecides)
 {
     constexpr uint64_t k2To32 = uint64_t{1} << 32;
-    for (const SensorCallbacks &sensor : kCallbacks) {
+    for (const SensorCalls &sensor : sensor_table::kSensors) {
         const MDTLM_FIELD_CATALOGUE_ENTRY &row = g_mdtlmFieldCatalogue[sensor.sensorType - 1];
         ASSERT_EQ(row.sensorType, sensor.sensorType);
         for (uint32_t i = 0; i < row.condRows; ++i) {
@@ -139,10 +127,10 @@ TEST(FieldCatalogue, RowsFollowSensorTypesWithTheFamilyCodesTheEncodersRead)
         EXPECT_EQ(row.familyIpv4, kFamilies[i].ipv4) << row.sensorType;
         EXPECT_EQ(row.familyIpv6, kFamilies[i].ipv6) << row.sensorType;
         EXPECT_NE(row.fieldForm, nullptr);
+        const SensorCalls &sensor = sensor_table::kSensors[i];
+        EXPECT_EQ(std::tie(row.condMap, row.condRows, row.filterMap, row.filterRows),
+                  std::tie(sensor.condMap, sensor.condRows, sensor.filterMap, sensor.filterRows));
     }
-    EXPECT_EQ(g_mdtlmFieldCatalogue[0].condMap, g_mdTlmFlowStatsCondMap);
-    EXPECT_EQ(g_mdtlmFieldCatalogue[5].filterMap, g_femMdTlmZelkCacheFilterMap);
-    EXPECT_EQ(g_mdtlmFieldCatalogue[5].filterRows, std::size(g_femMdTlmZelkCacheFilterMap));
 }
 
 } // namespace

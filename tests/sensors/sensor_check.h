@@ -69,10 +69,7 @@ std::vector<uint8_t> Bytes(const Rec &rec)
     return Bytes(std::vector<Rec>{rec});
 }
 
-/* Where a sensor's samples are described. */
-struct Schema {
-    const char *protoFile, *sampleName, *jsonOuter, *jsonInner;
-};
+using Schema = SampleSchema;
 
 /* The field numbers of the first record of a GPB sample, in wire order. */
 inline std::vector<int> WireOrder(const std::string &sample)

@@ -5,28 +5,23 @@
  */
 #include "mdtlm_host.h"
 #include "sensor_records.h"
+#include "sensor_calls.h"
 
 namespace sensor_test {
 namespace {
 
-using Encode = int32_t (*)(const void *, uint8_t *, int32_t);
-template <typename Rec, int32_t (*Fn)(const Rec *, uint8_t *, int32_t)>
-int32_t Erased(const void *rec, uint8_t *out, int32_t cap)
-{
-    return Fn(static_cast<const Rec *>(rec), out, cap);
-}
+constexpr const char *kGpbNullTag = "[VRALDCN_FLOW_GPB_EncodeMsg]";
 
 struct SensorRow {
     const char *name;
     uint32_t type;
     Schema schema;
-    uint32_t recLen;
     std::vector<uint8_t> recs; /* back to back; the first one is tunnelled where that applies */
     std::vector<std::vector<FieldCase>> expected;
     std::vector<int> wireOrder; /* of the first record; empty: the listed order */
-    Encode gpb, json;
-    uint32_t jsonFloor;
-    std::string gpbNullTag, jsonNullTag;
+    std::string gpbNullTag = kGpbNullTag, jsonNullTag = "[FLOW_JSON_CheckEncodePara]";
+    /* The sensor's encoders, record size and JSON floor. */
+    const sensor_table::SensorCalls &Calls() const { return sensor_table::kSensors[type - 1]; }
 };
 void PrintTo(const SensorRow &row, std::ostream *os) { *os << row.name; }
 
@@ -59,41 +54,26 @@ std::vector<SensorRow> Rows()
     const std::vector<MDTLM_SRVTLM_FLOW_STATS_REC> srv = {SrvtlmRecord(0, 0x10), SrvtlmRecord(1, 0x80000000), {}};
     const std::vector<MDTLM_SRVTLM_FCTFLOW_STATS_REC> fct = {FctRecord(0, 1), FctRecord(1, 2), {}};
     return {
-        {"flow", MDTLM_SENSOR_VRAL_FLOW, kFlowSchema, sizeof(FlowRec),
-         Bytes(std::vector<FlowRec>{v4, v6, multi, zero}),
+        {"flow", MDTLM_SENSOR_VRAL_FLOW, kFlowSchema, Bytes(std::vector<FlowRec>{v4, v6, multi, zero}),
          {FlowFields(v4, 0, "192.168.10.1", "10.0.0.2"),
           FlowFields(v6, 1, "2001:db8:0:0:0:0:0:1", "fe80:0:0:1:abcd:0:ffff:ffff"),
           FlowFields(multi, 0, "192.168.10.1", "10.0.0.2"), FlowFields(zero, 1, "0:0:0:0:0:0:0:0", "0:0:0:0:0:0:0:0")},
-         {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42},
-         Erased<FlowRec, MDTLM_VRALDCN_FLOW_GPB_EncodeMsg>, Erased<FlowRec, MDTLM_VRALDCN_FLOW_JSON_EncodeMsg>, 1449,
-         "[VRALDCN_FLOW_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
-        {"flowhop", MDTLM_SENSOR_VRAL_FLOWHOP, kHopSchema, sizeof(HopRec), Bytes(std::vector<HopRec>{hop, hopMulti, hopZero}),
+         {1, 2, 12, 14, 25, 3, 4, 5, 10, 8, 9, 13, 33, 15, 16, 17, 18, 19, 21, 23, 36, 37, 38, 39, 35, 41, 42}},
+        {"flowhop", MDTLM_SENSOR_VRAL_FLOWHOP, kHopSchema, Bytes(std::vector<HopRec>{hop, hopMulti, hopZero}),
          {FlowHopFields(hop, 0), FlowHopFields(hopMulti, 0), FlowHopFields(hopZero, 1)},
          {1, 2, 3, 13, 27, 4, 23, 5, 6, 7, 8, 9, 11, 29, 30, 31, 32, 33, 14, 16, 17, 28, 35, 36},
-         Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_GPB_EncodeMsg>, Erased<HopRec, MDTLM_VRALDCN_FLOWHOP_JSON_EncodeMsg>,
-         1335, "[VRALDCN_FLOWHOP_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
-        {"zelk", MDTLM_SENSOR_ZELK_CACHE, kZelkSchema, sizeof(MDTLM_ZELK_CACHE_REC), Bytes(zelk), zelkFields, {},
-         Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_GPB_EncodeMsg>, Erased<MDTLM_ZELK_CACHE_REC, MDTLM_ZELK_JSON_EncodeMsg>,
-         633, "[VRALDCN_FLOW_GPB_EncodeMsg]", "[ZELK][JSON]"},
-        {"quma", MDTLM_SENSOR_QUMA_RESULT, kQumaSchema, sizeof(MDTLM_QUMA_RESULT_REC), Bytes(std::vector<MDTLM_QUMA_RESULT_REC>{kQumaFull, {}, qSmall, qV6}),
+         "[VRALDCN_FLOWHOP_GPB_EncodeMsg]"},
+        {"zelk", MDTLM_SENSOR_ZELK_CACHE, kZelkSchema, Bytes(zelk), zelkFields, {}, kGpbNullTag, "[ZELK][JSON]"},
+        {"quma", MDTLM_SENSOR_QUMA_RESULT, kQumaSchema, Bytes(std::vector<MDTLM_QUMA_RESULT_REC>{kQumaFull, {}, qSmall, qV6}),
          {QumaFields(kQumaFull, "Protocol_L2"), QumaFields({}, "Protocol_INVALID"), QumaFields(qSmall, "Protocol_IPV4"),
-          QumaFields(qV6, "Protocol_IPV6")},
-         {}, Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_GPB_EncodeMsg>,
-         Erased<MDTLM_QUMA_RESULT_REC, MDTLM_QUMA_JSON_EncodeMsg>, 745, "[VRALDCN_FLOW_GPB_EncodeMsg]",
-         "[FLOW_JSON_CheckEncodePara]"},
-        {"srvtlm", MDTLM_SENSOR_SRVTLM_FLOW, kSrvSchema, sizeof(MDTLM_SRVTLM_FLOW_STATS_REC), Bytes(srv),
+          QumaFields(qV6, "Protocol_IPV6")}},
+        {"srvtlm", MDTLM_SENSOR_SRVTLM_FLOW, kSrvSchema, Bytes(srv),
          {SrvtlmFields(srv[0], "192.168.1.1", "10.0.0.2"), SrvtlmFields(srv[1], kSrvV6Src, kSrvV6Dst),
-          SrvtlmFields(srv[2], "0.0.0.0", "0.0.0.0")},
-         {}, Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg>,
-         Erased<MDTLM_SRVTLM_FLOW_STATS_REC, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg>, 1059, "[VRALDCN_FLOW_GPB_EncodeMsg]",
-         "[FLOW_JSON_CheckEncodePara]"},
-        {"fct", MDTLM_SENSOR_SRVTLM_FCTFLOW, kFctSchema, sizeof(MDTLM_SRVTLM_FCTFLOW_STATS_REC), Bytes(fct),
+          SrvtlmFields(srv[2], "0.0.0.0", "0.0.0.0")}},
+        {"fct", MDTLM_SENSOR_SRVTLM_FCTFLOW, kFctSchema, Bytes(fct),
          {FctFields(fct[0], "172.16.0.1", "172.16.0.2"),
           FctFields(fct[1], "2001:db8:0:0:0:0:ffff:1", "2001:db8:0:abcd:0:0:0:0"),
-          FctFields(fct[2], "0.0.0.0", "0.0.0.0")},
-         {}, Erased<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg>,
-         Erased<MDTLM_SRVTLM_FCTFLOW_STATS_REC, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg>, 959,
-         "[VRALDCN_FLOW_GPB_EncodeMsg]", "[FLOW_JSON_CheckEncodePara]"},
+          FctFields(fct[2], "0.0.0.0", "0.0.0.0")}},
     };
 }
 
@@ -109,8 +89,8 @@ TEST_P(SensorPath, RecordsReachGpbAndJsonTasksFieldForField)
     const SensorRow &row = GetParam();
     ASSERT_NE(AddTask(row.type, 3, 1, PathInfoBuilder(MDTLM_ENCODE_TYPE_GPB).Get()), nullptr);
     ASSERT_NE(AddTask(row.type, 3, 2, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON).Get()), nullptr);
-    const uint32_t count = static_cast<uint32_t>(row.recs.size() / row.recLen);
-    EXPECT_EQ(Deliver(row.type, row.recs.data(), row.recLen, count), 0u);
+    const uint32_t recLen = row.Calls().recordSize, count = static_cast<uint32_t>(row.recs.size() / recLen);
+    EXPECT_EQ(Deliver(row.type, row.recs.data(), recLen, count), 0u);
     ASSERT_GE(g_mdtlmVralDcnTimerId, 0);
     MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1);
     Pump();
@@ -138,25 +118,26 @@ TEST_P(SensorPath, RecordsReachGpbAndJsonTasksFieldForField)
 TEST_P(SensorPath, EncoderArgumentsAndCapacity)
 {
     const SensorRow &row = GetParam();
-    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + row.recLen);
+    const sensor_table::SensorCalls &calls = row.Calls();
+    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + calls.recordSize);
     std::vector<uint8_t> out(4096, 0xA5);
-    const int32_t need = row.gpb(rec.data(), out.data(), 4096);
+    const int32_t need = calls.gpb(rec.data(), out.data(), 4096);
     ASSERT_GT(need, 0);
     /* GPB may have begun the record within the capacity; JSON writes nothing below its floor. */
     for (const auto &[encode, cap, untouched] :
-         {std::tuple{row.gpb, need, need - 1}, std::tuple{row.json, int32_t(row.jsonFloor), 0}}) {
+         {std::tuple{calls.gpb, need, need - 1}, std::tuple{calls.json, calls.jsonFloor, 0}}) {
         std::fill(out.begin(), out.end(), 0xA5);
         EXPECT_EQ(encode(rec.data(), out.data(), cap - 1), MDTLM_ENCODE_NO_SPACE);
         EXPECT_EQ(encode(rec.data(), out.data(), 0), MDTLM_ENCODE_NO_SPACE);
         EXPECT_EQ(std::count(out.begin() + untouched, out.end(), 0xA5), 4096 - untouched) << "written past the capacity";
         EXPECT_GT(encode(rec.data(), out.data(), cap), 0);
     }
-    EXPECT_EQ(row.gpb(rec.data(), out.data(), need), need);
+    EXPECT_EQ(calls.gpb(rec.data(), out.data(), need), need);
 
     fw.ClearLogs();
-    EXPECT_EQ(row.gpb(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
-    EXPECT_EQ(row.json(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
-    EXPECT_EQ(row.json(rec.data(), nullptr, 4096), MDTLM_ENCODE_FAIL);
+    EXPECT_EQ(calls.gpb(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
+    EXPECT_EQ(calls.json(nullptr, out.data(), 4096), MDTLM_ENCODE_FAIL);
+    EXPECT_EQ(calls.json(rec.data(), nullptr, 4096), MDTLM_ENCODE_FAIL);
     const std::string statis = "[mdtlm.vraldcn.statis:#]", error = " Param error, msg is NULL.";
     EXPECT_EQ(fw.Shapes(), (std::vector<std::string>{statis + row.gpbNullTag + error, statis + row.jsonNullTag + error,
                                                      statis + row.jsonNullTag + error}));
@@ -168,14 +149,14 @@ TEST_P(SensorPath, EncoderArgumentsAndCapacity)
 TEST_P(SensorPath, FullBufferIsUploadedBeforeTheRecord)
 {
     const SensorRow &row = GetParam();
-    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + row.recLen);
+    const std::vector<uint8_t> rec(row.recs.begin(), row.recs.begin() + row.Calls().recordSize);
     for (uint32_t encodeType : {MDTLM_ENCODE_TYPE_GPB, MDTLM_ENCODE_TYPE_JSON}) {
         MDTLM_TASK_DATA *task = ReadyTask(row.type, 10 + encodeType, PathInfoBuilder(encodeType));
         ASSERT_NE(task, nullptr);
         MDTLM_SAMPLE_BUFFER *buf = encodeType == MDTLM_ENCODE_TYPE_GPB ? task->gpbBuffer : task->jsonBuffer;
         ASSERT_NE(buf, nullptr);
         EXPECT_EQ(Offer(row.type, task, rec), 1u);
-        const uint32_t floor = encodeType == MDTLM_ENCODE_TYPE_GPB ? buf->dataLen : row.jsonFloor;
+        const uint32_t floor = encodeType == MDTLM_ENCODE_TYPE_GPB ? buf->dataLen : static_cast<uint32_t>(row.Calls().jsonFloor);
         for (uint32_t left : {floor, floor - 1}) {
             SCOPED_TRACE((encodeType == MDTLM_ENCODE_TYPE_GPB ? "GPB, bytes left " : "JSON, bytes left ") +
                          std::to_string(left));

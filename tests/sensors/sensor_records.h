@@ -14,17 +14,12 @@
 
 namespace sensor_test {
 
-inline const Schema kFlowSchema = {"flow_statistics.proto", "mdtlm.flow.Sample", "flow_statistics", "flow_statistic"};
-inline const Schema kHopSchema = {"flow_hop_statistics.proto", "mdtlm.flowhop.Sample", "flow_hop_statistics",
-                                  "flow_hop_statistic"};
-inline const Schema kZelkSchema = {"export_flow_caches.proto", "mdtlm.zelk.Sample", "export-flow-caches",
-                                   "export-flow-cache"};
-inline const Schema kQumaSchema = {"result_statistics.proto", "mdtlm.quma.Sample", "result-statistic",
-                                   "result-statistic"};
-inline const Schema kSrvSchema = {"io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample", "flow_statistics",
-                                  "flow_statistic"};
-inline const Schema kFctSchema = {"io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample",
-                                  "flow_throughput_statistics", "flow_throughput_statistic"};
+inline constexpr const Schema &kFlowSchema = kSampleSchemas[MDTLM_SENSOR_VRAL_FLOW - 1];
+inline constexpr const Schema &kHopSchema = kSampleSchemas[MDTLM_SENSOR_VRAL_FLOWHOP - 1];
+inline constexpr const Schema &kSrvSchema = kSampleSchemas[MDTLM_SENSOR_SRVTLM_FLOW - 1];
+inline constexpr const Schema &kQumaSchema = kSampleSchemas[MDTLM_SENSOR_QUMA_RESULT - 1];
+inline constexpr const Schema &kFctSchema = kSampleSchemas[MDTLM_SENSOR_SRVTLM_FCTFLOW - 1];
+inline constexpr const Schema &kZelkSchema = kSampleSchemas[MDTLM_SENSOR_ZELK_CACHE - 1];
 
 /* ------------------------------------------------------ flow and flow-hop */
 

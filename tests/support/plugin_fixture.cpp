@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "manual_host.h"
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 
@@ -28,6 +29,17 @@ const MDTLM_XPATH_NODE *PathNode(uint32_t sensorType)
 }
 
 } // namespace
+
+std::vector<std::string> LevelAndText()
+{
+    const std::string label = "[mdtlm.vraldcn.statis:#]";
+    std::vector<std::string> out;
+    for (const CapturedLog &log : FakeFramework::Get().Logs()) {
+        EXPECT_EQ(log.shape.rfind(label, 0), 0u) << log.text;
+        out.push_back(std::to_string(log.level) + " " + log.shape.substr(label.size()));
+    }
+    return out;
+}
 
 PathInfoBuilder::PathInfoBuilder(uint32_t encodeType)
 {
@@ -78,22 +90,31 @@ PathInfoBuilder &PathInfoBuilder::Logic(uint32_t logic)
     return *this;
 }
 
+void ManualHostTest::SetUp()
+{
+    savedTable_ = FakeFramework::Get().table;
+    manual_host::Prepare();
+}
+
+void ManualHostTest::TearDown()
+{
+    FakeFramework &fw = FakeFramework::Get();
+    MDTLM_HOST_FaultClear();
+    fw.FailAlloc(0, 0);
+    fw.FailAllocOfSize(0, 0, 0);
+    fw.table = savedTable_; /* tests may blank slots */
+    manual_host::Unload();
+    EXPECT_EQ(fw.Outstanding(), 0) << "buffers the plug-in did not give back";
+}
+
 void PluginFixture::SetUp()
 {
-    fw.Reset();
-    fw.Install();
-    MDTLM_HOST_SetManualTasks(1);
-    MDTLM_HOST_SetManualClock(1);
-    MDTLM_HOST_ChanSetPortOverride(1, 0);
+    ManualHostTest::SetUp();
     ASSERT_EQ(MDTLM_VRALDCN_Init(kModuleId), 0u);
-    loaded_ = true;
 }
 
 void PluginFixture::TearDown()
 {
-    if (!loaded_) {
-        return;
-    }
     MDTLM_HOST_FaultClear();
     fw.FailAlloc(0, 0);
     fw.FailAllocOfSize(0, 0, 0);
@@ -101,9 +122,7 @@ void PluginFixture::TearDown()
         DelTask(key.sensorType, key.instanceId, key.taskId);
     }
     Pump();
-    MDTLM_VRALDCN_Unload();
-    loaded_ = false;
-    EXPECT_EQ(fw.Outstanding(), 0) << "buffers the plug-in did not give back";
+    ManualHostTest::TearDown();
 }
 
 MDTLM_TASK_DATA *PluginFixture::AddTask(uint32_t sensorType, uint32_t instanceId, uint32_t taskId,
@@ -142,17 +161,16 @@ MDTLM_TASK_DATA *PluginFixture::Task(uint32_t sensorType, uint32_t instanceId, u
     return MDTLM_VRALDCN_GetTlmTaskInfo(sensorType, instanceId, taskId);
 }
 
-void PluginFixture::Pump() { MDTLM_HOST_EpollPump(g_mdtlmVralDcnEpollId, 0, 1); }
+void PluginFixture::Pump() { manual_host::Pump(); }
 
 uint32_t PluginFixture::Deliver(uint32_t sensorType, const void *records, uint32_t recordLen, uint32_t count)
 {
-    std::vector<MDTLM_STATS_IPC_ENTRY> entries(count);
+    std::vector<MDTLM_STATS_IPC_ENTRY> entries;
     for (uint32_t i = 0; i < count; ++i) {
-        entries[i].body = const_cast<uint8_t *>(static_cast<const uint8_t *>(records) + size_t{i} * recordLen);
-        entries[i].msgType = sensorType;
-        entries[i].msgLen = recordLen;
+        entries.push_back({const_cast<uint8_t *>(static_cast<const uint8_t *>(records) + size_t{i} * recordLen),
+                           sensorType, recordLen});
     }
-    return MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(nullptr, entries.data(), count);
+    return manual_host::Deliver(entries);
 }
 
 void PluginFixture::Tick() { EXPECT_EQ(MDTLM_VRALDCN_STATS_UploadStatsData(nullptr, 0), 0u); }

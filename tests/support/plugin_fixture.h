@@ -2,8 +2,8 @@
  * Drives the whole plug-in on the test's own thread: the framework double is
  * installed, the host runs no threads and no clock of its own, and the test
  * adds tasks, hands records to the statistics channel's receive callback and
- * runs period ticks itself. Teardown removes the tasks, unloads the plug-in
- * and checks that every buffer it allocated came back.
+ * runs period ticks itself. Teardown removes the tasks, then does what
+ * ManualHostTest's does.
  */
 #ifndef MDTLM_TEST_PLUGIN_FIXTURE_H
 #define MDTLM_TEST_PLUGIN_FIXTURE_H
@@ -37,7 +37,22 @@ private:
     MDTLM_SENSOR_PATH_INFO info_{};
 };
 
-class PluginFixture : public ::testing::Test {
+/* The captured log lines as "level text": the plug-in's label and line number
+ * taken off; a line without the label fails the test. */
+std::vector<std::string> LevelAndText();
+
+/* A test on the manual host (manual_host.h). Teardown clears armed faults and
+ * allocation failures, puts back the framework table as it was at set-up,
+ * unloads the plug-in and checks that every buffer it allocated came back. */
+class ManualHostTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    MDTLM_FRM_VTBL savedTable_{};
+};
+
+class PluginFixture : public ManualHostTest {
 protected:
     static constexpr uint32_t kModuleId = 7;
 
@@ -83,7 +98,6 @@ private:
         uint32_t taskId;
     };
     std::vector<TaskKey> tasks_;
-    bool loaded_ = false;
 };
 
 #endif /* MDTLM_TEST_PLUGIN_FIXTURE_H */

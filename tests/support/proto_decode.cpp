@@ -1,11 +1,6 @@
 #include "proto_decode.h"
 
-#include <map>
-#include <mutex>
-
-#include <google/protobuf/compiler/importer.h>
 #include <google/protobuf/descriptor.h>
-#include <google/protobuf/dynamic_message.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -14,33 +9,6 @@ using google::protobuf::Descriptor;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::Reflection;
-
-class CollectErrors : public google::protobuf::compiler::MultiFileErrorCollector {
-public:
-    void AddError(const std::string &file, int line, int column, const std::string &message) override
-    {
-        text += file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + message + "\n";
-    }
-    std::string text;
-};
-
-/* One importer and one factory for the process: descriptors and the
- * prototypes they back must outlive every message handed out. */
-struct SchemaSet {
-    google::protobuf::compiler::DiskSourceTree tree;
-    CollectErrors errors;
-    google::protobuf::compiler::Importer importer{&tree, &errors};
-    google::protobuf::DynamicMessageFactory factory;
-    std::mutex mu;
-
-    SchemaSet() { tree.MapPath("", MDTLM_PROTO_DIR); }
-};
-
-SchemaSet &Schemas()
-{
-    static SchemaSet *set = new SchemaSet();
-    return *set;
-}
 
 const FieldDescriptor *FieldOrFail(const Message &m, const std::string &field)
 {
@@ -52,29 +20,6 @@ const FieldDescriptor *FieldOrFail(const Message &m, const std::string &field)
 }
 
 } // namespace
-
-std::unique_ptr<Message> DecodeSample(const std::string &protoFile, const std::string &fullName,
-                                      const std::string &bytes, std::string *error)
-{
-    SchemaSet &set = Schemas();
-    std::lock_guard<std::mutex> lock(set.mu);
-    set.errors.text.clear();
-    if (set.importer.Import(protoFile) == nullptr) {
-        *error = "cannot load " + protoFile + ": " + set.errors.text;
-        return nullptr;
-    }
-    const Descriptor *desc = set.importer.pool()->FindMessageTypeByName(fullName);
-    if (desc == nullptr) {
-        *error = "no message " + fullName + " in " + protoFile;
-        return nullptr;
-    }
-    std::unique_ptr<Message> msg(set.factory.GetPrototype(desc)->New());
-    if (!msg->ParseFromString(bytes)) {
-        *error = "bytes do not parse as " + fullName;
-        return nullptr;
-    }
-    return msg;
-}
 
 std::vector<const Message *> SampleRecords(const Message &sample)
 {

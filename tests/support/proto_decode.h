@@ -1,7 +1,7 @@
 /*
- * Decodes sample data areas with Google's protobuf library against the
- * schemas in proto/, without generated classes, so tests compare what the
- * plug-in's own wire writer produced with what a standard parser reads.
+ * Reads decoded samples (see sample_check.h) in tests: the records of a
+ * sample and their fields by name, failing the test on a name the schema
+ * does not have.
  */
 #ifndef MDTLM_TEST_PROTO_DECODE_H
 #define MDTLM_TEST_PROTO_DECODE_H
@@ -13,10 +13,8 @@
 
 #include <google/protobuf/message.h>
 
-// Loads proto/ schemas (MDTLM_PROTO_DIR) with google::protobuf::compiler::Importer and decodes bytes as
-// `fullName` (e.g. "mdtlm.flow.Sample") into a DynamicMessage; on failure returns null and sets *error.
-std::unique_ptr<google::protobuf::Message> DecodeSample(const std::string &protoFile, const std::string &fullName,
-                                                        const std::string &bytes, std::string *error);
+#include "sample_check.h"
+
 // The record messages of a decoded Sample, in order (container field → repeated field 1).
 std::vector<const google::protobuf::Message *> SampleRecords(const google::protobuf::Message &sample);
 // Field accessors by name on a record message (uint32/uint64 widened; string as is); fail the test if absent.

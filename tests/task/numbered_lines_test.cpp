@@ -11,6 +11,7 @@
 #include "mdtlm_host.h"
 #include "mdtlm_vraldcn.h"
 #include "plugin_fixture.h"
+#include "sensor_calls.h"
 
 namespace {
 
@@ -51,45 +52,23 @@ void ExpectLinesInOrder(const std::vector<CapturedLog> &logs, const std::vector<
     ADD_FAILURE() << "missing: " << want[next].level << " " << Delivered(want[next]) << "\ncaptured:" << captured.str();
 }
 
-template <typename Rec>
-std::vector<uint8_t> Bytes(const Rec &rec)
-{
-    const auto *raw = reinterpret_cast<const uint8_t *>(&rec);
-    return std::vector<uint8_t>(raw, raw + sizeof(rec));
-}
-
-/* The numbered lines of a table-driven sensor, the calls that write them and
- * a record its JSON encoder refuses. */
+/* The numbered lines of a table-driven sensor and a record its JSON encoder refuses. */
 struct SensorRow {
     uint32_t sensor;
     int gpbNullRecord;
     int jsonNullParam;
     int encodeFail;
     const char *jsonNullText;
-    int32_t (*gpbWithoutRecord)(uint8_t *out, int32_t cap);
-    int32_t (*jsonWithoutRecord)(uint8_t *out, int32_t cap);
-    void (*encodeInto)(const uint8_t *record, MDTLM_TASK_DATA *task);
     std::vector<uint8_t> refusedByJson;
 };
 
 template <typename Rec>
-using RecordEncoder = int32_t (*)(const Rec *, uint8_t *, int32_t);
-
-template <typename Rec, RecordEncoder<Rec> Gpb, RecordEncoder<Rec> Json, void (*Encode)(const Rec *, MDTLM_TASK_DATA *)>
-SensorRow Row(uint32_t sensor, int gpbNullRecord, int jsonNullParam, int encodeFail, const char *jsonNullText,
-              void (*refuse)(Rec &))
+std::vector<uint8_t> Refused(void (*refuse)(Rec &))
 {
-    Rec refused{};
-    refuse(refused);
-    return {sensor,
-            gpbNullRecord,
-            jsonNullParam,
-            encodeFail,
-            jsonNullText,
-            [](uint8_t *out, int32_t cap) { return Gpb(nullptr, out, cap); },
-            [](uint8_t *out, int32_t cap) { return Json(nullptr, out, cap); },
-            [](const uint8_t *record, MDTLM_TASK_DATA *task) { Encode(reinterpret_cast<const Rec *>(record), task); },
-            Bytes(refused)};
+    Rec rec{};
+    refuse(rec);
+    const auto *raw = reinterpret_cast<const uint8_t *>(&rec);
+    return std::vector<uint8_t>(raw, raw + sizeof(rec));
 }
 
 const char kFlowJsonNull[] = "[FLOW_JSON_CheckEncodePara] Param error, msg is NULL.";
@@ -101,17 +80,11 @@ std::vector<SensorRow> SensorRows()
     using Fct = MDTLM_SRVTLM_FCTFLOW_STATS_REC;
     using Zelk = MDTLM_ZELK_CACHE_REC;
     return {
-        Row<Srvtlm, MDTLM_SRVTLM_FLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FLOW_JSON_EncodeMsg,
-            MDTLM_SRVTLM_FLOW_STATS_EncodeStatsData>(MDTLM_SENSOR_SRVTLM_FLOW, 493, 104, 333, kFlowJsonNull,
-                                                     [](Srvtlm &r) { r.addressFamily = 2; }),
-        Row<Quma, MDTLM_QUMA_GPB_EncodeMsg, MDTLM_QUMA_JSON_EncodeMsg, MDTLM_QUMA_STATS_EncodeStatsData>(
-            MDTLM_SENSOR_QUMA_RESULT, 175, 51, 124, kFlowJsonNull, [](Quma &r) { r.protocol = 4; }),
-        Row<Fct, MDTLM_SRVTLM_FCTFLOW_GPB_EncodeMsg, MDTLM_SRVTLM_FCTFLOW_JSON_EncodeMsg,
-            MDTLM_SRVTLM_FCTFLOW_STATS_EncodeStatsData>(MDTLM_SENSOR_SRVTLM_FCTFLOW, 524, 65, 377, kFlowJsonNull,
-                                                        [](Fct &r) { r.addressFamily = 2; }),
-        Row<Zelk, MDTLM_ZELK_GPB_EncodeMsg, MDTLM_ZELK_JSON_EncodeMsg, MDTLM_ZELK_EncodeCacheData>(
-            MDTLM_SENSOR_ZELK_CACHE, 188, 93, 141, "[ZELK][JSON] Param error, msg is NULL.",
-            [](Zelk &r) { r.protocolId = 17; }),
+        {MDTLM_SENSOR_SRVTLM_FLOW, 493, 104, 333, kFlowJsonNull, Refused<Srvtlm>([](Srvtlm &r) { r.addressFamily = 2; })},
+        {MDTLM_SENSOR_QUMA_RESULT, 175, 51, 124, kFlowJsonNull, Refused<Quma>([](Quma &r) { r.protocol = 4; })},
+        {MDTLM_SENSOR_SRVTLM_FCTFLOW, 524, 65, 377, kFlowJsonNull, Refused<Fct>([](Fct &r) { r.addressFamily = 2; })},
+        {MDTLM_SENSOR_ZELK_CACHE, 188, 93, 141, "[ZELK][JSON] Param error, msg is NULL.",
+         Refused<Zelk>([](Zelk &r) { r.protocolId = 17; })},
     };
 }
 
@@ -128,7 +101,6 @@ protected:
     {
         ASSERT_EQ(MDTLM_HOST_DbOpen(nullptr), 0u);
         PluginFixture::SetUp();
-        savedTable_ = fw.table;
     }
 
     void TearDown() override
@@ -184,8 +156,6 @@ protected:
     {
         return task->pathInfo.encodeType == MDTLM_ENCODE_TYPE_JSON ? task->jsonBuffer : task->gpbBuffer;
     }
-
-    MDTLM_FRM_VTBL savedTable_{};
 };
 
 void Fault(MDTLM_HOST_OP op, uint32_t skip, uint32_t count, int64_t result)
@@ -427,12 +397,13 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
     const std::string encodeFailed = "[STATS_EncodeStatsData] Stats data encode failed, ret: -1.";
     const std::vector<SensorRow> sensorRows = SensorRows();
     for (const SensorRow &row : sensorRows) {
+        const sensor_table::SensorCalls &calls = sensor_table::kSensors[row.sensor - 1];
         const std::string sensor = "sensor " + std::to_string(row.sensor) + ", ";
         cases.push_back({sensor + "GPB encoder without a record", nullptr,
-                         [&row, &sample] { EXPECT_EQ(row.gpbWithoutRecord(sample->data, 64), MDTLM_ENCODE_FAIL); },
+                         [&calls, &sample] { EXPECT_EQ(calls.gpb(nullptr, sample->data, 64), MDTLM_ENCODE_FAIL); },
                          {{2, row.gpbNullRecord, "[VRALDCN_FLOW_GPB_EncodeMsg] Param error, msg is NULL."}}});
         cases.push_back({sensor + "JSON encoder without a record", nullptr,
-                         [&row, &sample] { EXPECT_EQ(row.jsonWithoutRecord(sample->data, 64), MDTLM_ENCODE_FAIL); },
+                         [&calls, &sample] { EXPECT_EQ(calls.json(nullptr, sample->data, 64), MDTLM_ENCODE_FAIL); },
                          {{2, row.jsonNullParam, row.jsonNullText}}});
         cases.push_back({sensor + "record its JSON tasks refuse",
                          [&] { AddTask(row.sensor, 1, 7, PathInfoBuilder(MDTLM_ENCODE_TYPE_JSON).Get()); },
@@ -448,7 +419,7 @@ TEST_F(NumberedLines, EveryNumberedLineCarriesItsNumber)
                              MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->gpbBuffer));
                              MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&task->jsonBuffer));
                          },
-                         [&] { row.encodeInto(row.refusedByJson.data(), task); },
+                         [&] { calls.store(row.refusedByJson.data(), task); },
                          {{2, row.encodeFail, encodeFailed}}});
     }
 

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "manual_host.h"
+
 /* Every sensor's handler: the body is the record, appended with the buffer
  * discipline; a body starting with '!' is rejected. */
 static uint32_t AppendBodyMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
@@ -26,12 +28,8 @@ static uint32_t AppendBodyMsgProc(MDTLM_TASK_DATA *task, MDTLM_STATS_MSG *msg)
 
 void TaskWorld::SetUp()
 {
-    fw().Reset();
-    fw().Install();
+    ManualHostTest::SetUp();
     ASSERT_EQ(MDTLM_HOST_DbOpen(nullptr), 0u);
-    MDTLM_HOST_SetManualTasks(1);
-    MDTLM_HOST_SetManualClock(1);
-    MDTLM_HOST_ChanSetPortOverride(1, 0);
     ASSERT_EQ(MDTLM_VRALDCN_Init(17), 0u);
     for (MDTLM_STATS_MAP_ENTRY &row : g_femMdtlmStatsMap) {
         row.msgProc = AppendBodyMsgProc;
@@ -44,9 +42,7 @@ void TaskWorld::TearDown()
     MDTLM_HOST_FaultClear();
     fw().Reset();
     Pump();
-    MDTLM_VRALDCN_Unload();
-    MDTLM_HOST_JoinTasks();
-    EXPECT_EQ(fw().Outstanding(), 0);
+    ManualHostTest::TearDown();
     EXPECT_EQ(MDTLM_HOST_DbOpenHandles(), 0u);
 }
 
@@ -69,8 +65,7 @@ uint32_t TaskWorld::Del(uint32_t sensor, uint32_t instanceId, uint32_t taskId)
 
 void TaskWorld::Tick()
 {
-    ASSERT_EQ(MDTLM_HOST_TimerFire(g_mdtlmVralDcnTimerId, 1), 0u);
-    Pump();
+    ASSERT_EQ(manual_host::Tick(), 0u);
 }
 
 void TaskWorld::Queue(uint32_t sensor, const std::string &body, int times)
@@ -95,13 +90,4 @@ Pairs TaskWorld::Walk(uint32_t sensor)
     return out;
 }
 
-Lines TaskWorld::Logs()
-{
-    const std::string label = "[mdtlm.vraldcn.statis:#]";
-    Lines out;
-    for (const CapturedLog &l : fw().Logs()) {
-        EXPECT_EQ(l.shape.rfind(label, 0), 0u) << l.text;
-        out.push_back(std::to_string(l.level) + " " + l.shape.substr(label.size()));
-    }
-    return out;
-}
+void TaskWorld::Pump() { manual_host::Pump(); }

@@ -1,8 +1,10 @@
 #include "sample_check.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <map>
 #include <memory>
+#include <mutex>
 
 #include <google/protobuf/compiler/importer.h>
 #include <google/protobuf/descriptor.h>
@@ -14,70 +16,75 @@ namespace {
 
 namespace pb = google::protobuf;
 
-struct Schema {
-    uint32_t sensorType;
-    const char *file;
-    const char *message;
-};
-
-constexpr Schema kSchemas[] = {
-    {MDTLM_SENSOR_VRAL_FLOW, "flow_statistics.proto", "mdtlm.flow.Sample"},
-    {MDTLM_SENSOR_VRAL_FLOWHOP, "flow_hop_statistics.proto", "mdtlm.flowhop.Sample"},
-    {MDTLM_SENSOR_SRVTLM_FLOW, "io_service_flow_statistics.proto", "mdtlm.srvtlmflow.Sample"},
-    {MDTLM_SENSOR_QUMA_RESULT, "result_statistics.proto", "mdtlm.quma.Sample"},
-    {MDTLM_SENSOR_SRVTLM_FCTFLOW, "io_service_flow_throughput.proto", "mdtlm.srvtlmfct.Sample"},
-    {MDTLM_SENSOR_ZELK_CACHE, "export_flow_caches.proto", "mdtlm.zelk.Sample"},
-};
-
-class SilentErrors : public pb::compiler::MultiFileErrorCollector {
+class CollectErrors : public pb::compiler::MultiFileErrorCollector {
 public:
-    void AddError(const std::string &, int, int, const std::string &) override {}
+    void AddError(const std::string &file, int line, int column, const std::string &message) override
+    {
+        text += file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + message + "\n";
+    }
+    std::string text;
 };
 
-/* The schemas, loaded once for the process. */
-struct Schemas {
-    Schemas() : importer(&tree, &errors)
+/* One importer and one factory for the process: descriptors and the
+ * prototypes they back must outlive every message handed out. */
+struct SchemaSet {
+    pb::compiler::DiskSourceTree tree;
+    CollectErrors errors;
+    pb::compiler::Importer importer{&tree, &errors};
+    pb::DynamicMessageFactory factory;
+    std::mutex mu;
+
+    SchemaSet()
     {
         /* Record texts are bytes to the plug-in; libprotobuf's complaints
          * about string fields that are not UTF-8 would drown the output. */
         pb::SetLogHandler(nullptr);
         tree.MapPath("", MDTLM_PROTO_DIR);
-        for (const Schema &schema : kSchemas) {
-            const pb::FileDescriptor *file = importer.Import(schema.file);
-            const pb::Descriptor *message =
-                file != nullptr ? importer.pool()->FindMessageTypeByName(schema.message) : nullptr;
-            if (message == nullptr) {
-                std::fprintf(stderr, "cannot load %s from %s\n", schema.message, MDTLM_PROTO_DIR);
-                std::abort();
-            }
-            prototypes[schema.sensorType] = factory.GetPrototype(message);
-        }
     }
-
-    pb::compiler::DiskSourceTree tree;
-    SilentErrors errors;
-    pb::compiler::Importer importer;
-    pb::DynamicMessageFactory factory;
-    std::map<uint32_t, const pb::Message *> prototypes;
 };
 
-Schemas &Loaded()
+SchemaSet &Schemas()
 {
-    static Schemas *schemas = new Schemas(); /* lives as long as the process */
-    return *schemas;
+    static SchemaSet *set = new SchemaSet(); /* lives as long as the process */
+    return *set;
 }
 
 } // namespace
 
-std::unique_ptr<pb::Message> ParseSample(uint32_t sensorType, const std::string &bytes)
+std::unique_ptr<pb::Message> DecodeSample(const std::string &protoFile, const std::string &fullName,
+                                          const std::string &bytes, std::string *error)
 {
-    auto it = Loaded().prototypes.find(sensorType);
-    if (it == Loaded().prototypes.end()) {
+    SchemaSet &set = Schemas();
+    std::lock_guard<std::mutex> lock(set.mu);
+    set.errors.text.clear();
+    if (set.importer.Import(protoFile) == nullptr) {
+        *error = "cannot load " + protoFile + ": " + set.errors.text;
         return nullptr;
     }
-    std::unique_ptr<pb::Message> message(it->second->New());
-    if (!message->ParseFromString(bytes)) {
+    const pb::Descriptor *desc = set.importer.pool()->FindMessageTypeByName(fullName);
+    if (desc == nullptr) {
+        *error = "no message " + fullName + " in " + protoFile;
         return nullptr;
+    }
+    std::unique_ptr<pb::Message> msg(set.factory.GetPrototype(desc)->New());
+    if (!msg->ParseFromString(bytes)) {
+        *error = "bytes do not parse as " + fullName;
+        return nullptr;
+    }
+    return msg;
+}
+
+std::unique_ptr<pb::Message> ParseSample(uint32_t sensorType, const std::string &bytes)
+{
+    if (sensorType < 1 || sensorType > MDTLM_SENSOR_COUNT) {
+        return nullptr;
+    }
+    const SampleSchema &schema = kSampleSchemas[sensorType - 1];
+    std::string error;
+    std::unique_ptr<pb::Message> message = DecodeSample(schema.protoFile, schema.sampleName, bytes, &error);
+    if (message == nullptr && error.rfind("bytes do not parse", 0) != 0) {
+        std::fprintf(stderr, "%s\n", error.c_str()); /* the schemas themselves are broken */
+        std::abort();
     }
     return message;
 }
