@@ -1,7 +1,7 @@
 /*
- * Loss counters: written on the worker thread and, for dropped add and delete
- * requests, on the framework's threads; read from any thread. Relaxed atomics
- * suffice, since each counter stands alone.
+ * Loss counters: written on the worker thread and, for dropped add, delete
+ * and tick requests and at unload, on the framework's threads; read from any
+ * thread. Relaxed atomics suffice, since each counter stands alone.
  */
 #include "loss_counters.h"
 
@@ -10,21 +10,7 @@
 
 #include "mdtlm_vraldcn.h"
 
-namespace {
-
-constexpr uint32_t kSlotCount = sizeof(MDTLM_LOSS_COUNTERS) / sizeof(uint64_t);
-static_assert(sizeof(MDTLM_LOSS_COUNTERS) % sizeof(uint64_t) == 0, "loss counters are u64 slots");
-
-std::atomic<uint64_t> g_lossSlots[kSlotCount];
-
-} // namespace
-
-void MDTLM_LossAdd(uint32_t slot, uint64_t count)
-{
-    if (slot < kSlotCount) {
-        g_lossSlots[slot].fetch_add(count, std::memory_order_relaxed);
-    }
-}
+std::atomic<uint64_t> g_mdtlmLossSlots[MDTLM_LOSS_SLOT_COUNT];
 
 void MDTLM_LossEncodeFail(uint32_t sensorType)
 {
@@ -40,9 +26,9 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetLossCounters(MDTLM_LOSS_COUNTERS *c
     if (counters == nullptr) {
         return 1;
     }
-    uint64_t values[kSlotCount];
-    for (uint32_t i = 0; i < kSlotCount; ++i) {
-        values[i] = g_lossSlots[i].load(std::memory_order_relaxed);
+    uint64_t values[MDTLM_LOSS_SLOT_COUNT];
+    for (uint32_t i = 0; i < MDTLM_LOSS_SLOT_COUNT; ++i) {
+        values[i] = g_mdtlmLossSlots[i].load(std::memory_order_relaxed);
     }
     std::memcpy(counters, values, sizeof(values));
     return 0;
@@ -50,12 +36,12 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_GetLossCounters(MDTLM_LOSS_COUNTERS *c
 
 MDTLM_EXPORT uint64_t MDTLM_VRALDCN_STATS_IPC_GetShortMsgCnt(void)
 {
-    return g_lossSlots[MDTLM_LOSS_SLOT(shortBodyCnt)].load(std::memory_order_relaxed);
+    return g_mdtlmLossSlots[MDTLM_LOSS_SLOT(shortBodyCnt)].load(std::memory_order_relaxed);
 }
 
 MDTLM_EXPORT uint64_t MDTLM_VRALDCN_STATS_IPC_GetCutMsgCnt(void)
 {
-    return g_lossSlots[MDTLM_LOSS_SLOT(cutBodyCnt)].load(std::memory_order_relaxed);
+    return g_mdtlmLossSlots[MDTLM_LOSS_SLOT(cutBodyCnt)].load(std::memory_order_relaxed);
 }
 
 } /* extern "C" */

@@ -69,7 +69,7 @@ uint32_t KeptBodyLen(const MDTLM_STATS_IPC_ENTRY &entry)
 {
     const uint32_t recordSize = RecordSizeOf(entry.msgType);
     if (entry.body != nullptr && recordSize != 0 && entry.msgLen > recordSize) {
-        MDTLM_LossAdd(MDTLM_LOSS_SLOT(cutBodyCnt));
+        MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(cutBodyCnt));
         return recordSize;
     }
     return entry.msgLen;
@@ -78,9 +78,9 @@ uint32_t KeptBodyLen(const MDTLM_STATS_IPC_ENTRY &entry)
 /* Counts the entry that ended its batch and every entry behind it. */
 void CountBatchStop(const MDTLM_STATS_IPC_ENTRY &entry, uint32_t entriesBehind)
 {
-    MDTLM_LossAdd(RecordSizeOf(entry.msgType) == 0 ? MDTLM_LOSS_SLOT(stopUnknownTypeCnt)
-                                                     : MDTLM_LOSS_SLOT(stopNoTaskCnt));
-    MDTLM_LossAdd(MDTLM_LOSS_SLOT(stopBehindCnt), entriesBehind);
+    MDTLM_LossAddOnWorker(RecordSizeOf(entry.msgType) == 0 ? MDTLM_LOSS_SLOT(stopUnknownTypeCnt)
+                                                             : MDTLM_LOSS_SLOT(stopNoTaskCnt));
+    MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(stopBehindCnt), entriesBehind);
 }
 
 } // namespace
@@ -130,7 +130,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(void *context, MDTLM_S
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[STATS_IPC_RecvMsgProc] Revc msg is null.");
         return 1;
     }
-    MDTLM_LossAdd(MDTLM_LOSS_SLOT(recvMsgCnt), entryCnt);
+    MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(recvMsgCnt), entryCnt);
     for (uint32_t i = 0; i < entryCnt; ++i) {
         const MDTLM_STATS_IPC_ENTRY &entry = entries[i];
         /* The first entry of a sensor without tasks ends the batch: it and
@@ -140,7 +140,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(void *context, MDTLM_S
             return 0;
         }
         if (IsShortBody(entry)) {
-            MDTLM_LossAdd(MDTLM_LOSS_SLOT(shortBodyCnt));
+            MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(shortBodyCnt));
             MDTLM_LOG(MDTLM_LOG_FAILURE, "[STATS_IPC_RecvMsgProc] Msg too short, msgType: %u, msgLen: %u.",
                       entry.msgType, entry.msgLen);
             continue;
@@ -153,7 +153,7 @@ MDTLM_EXPORT uint32_t MDTLM_VRALDCN_STATS_IPC_RecvMsgProc(void *context, MDTLM_S
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, const void *body, uint32_t bodyLen)
 {
     if (body == nullptr || bodyLen == 0) {
-        MDTLM_LossAdd(MDTLM_LOSS_SLOT(emptyBodyCnt));
+        MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(emptyBodyCnt));
         return;
     }
     void *raw = nullptr;
@@ -161,7 +161,7 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
         raw = MDTLM_VRALDCN_BufAlloc(static_cast<uint32_t>(sizeof(MDTLM_STATS_MSG)) + bodyLen);
     }
     if (raw == nullptr) {
-        MDTLM_LossAdd(MDTLM_LOSS_SLOT(msgAllocFailCnt));
+        MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(msgAllocFailCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: %u,", bodyLen);
         return;
     }
@@ -169,7 +169,7 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
     /* The copy belongs to the library; the channel's body is never kept. */
     MDTLM_STATS_MSG *msg = static_cast<MDTLM_STATS_MSG *>(raw);
     if (memcpy_s(msg->body, bodyLen, body, bodyLen) != 0) {
-        MDTLM_LossAdd(MDTLM_LOSS_SLOT(msgAllocFailCnt));
+        MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(msgAllocFailCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Buff alloc failed buff is NULL, msgLen: %u,", bodyLen);
         MDTLM_VRALDCN_BufFree(&raw);
         return;
@@ -179,12 +179,12 @@ MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_PushMsgToStatsQue(uint32_t msgType, co
 
     uint32_t ret = MDTLM_VRALDCN_STATS_QUE_Push(msg);
     if (ret != 0) {
-        MDTLM_LossAdd(MDTLM_LOSS_SLOT(queueFullCnt));
+        MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(queueFullCnt));
         MDTLM_LOG(MDTLM_LOG_FAILURE, "[PushMsgToStatsQue] Push msg to task queue failed, %u.", ret);
         MDTLM_VRALDCN_BufFree(&raw);
         return;
     }
-    MDTLM_LossAdd(MDTLM_LOSS_SLOT(queuedMsgCnt));
+    MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(queuedMsgCnt));
 }
 
 MDTLM_EXPORT void MDTLM_VRALDCN_STATS_IPC_DestroyServer(void)

@@ -77,9 +77,9 @@ uint32_t MDTLM_VRALDCN_STATS_UploadStatsData(void *payload, uint32_t payloadLen)
         if (MDTLM_VRALDCN_TASK_HasTlmTask(msg->msgType) != 0) {
             (void)MDTLM_VRALDCN_STATS_UploadStatsDataByStatsMsg(msg);
             ++handled;
-            MDTLM_LossAdd(MDTLM_LOSS_SLOT(handledMsgCnt));
+            MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(handledMsgCnt));
         } else {
-            MDTLM_LossAdd(MDTLM_LOSS_SLOT(noTaskAtTickCnt));
+            MDTLM_LossAddOnWorker(MDTLM_LOSS_SLOT(noTaskAtTickCnt));
         }
         MDTLM_VRALDCN_BufFree(reinterpret_cast<void **>(&msg));
     }
