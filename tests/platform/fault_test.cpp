@@ -57,4 +57,36 @@ TEST(PlatformFault, RulesHoldUnderConcurrentCalls)
     EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_MEMSET_S), 4000u);
 }
 
+/* Calls made before a reset do not count, whether their thread is still
+ * running at the reset or ends before the totals are read. */
+TEST(PlatformFault, ResetForgetsEarlierCallsOfRunningAndEndedThreads)
+{
+    std::atomic<int> stage{0};
+    auto memsets = [](int n) {
+        uint8_t b[8];
+        for (int i = 0; i < n; i++)
+            (void)memset_s(b, 8, 0, 8);
+    };
+    std::thread ended([&] { memsets(7); });
+    ended.join();
+    std::thread running([&] {
+        memsets(30);
+        stage = 1;
+        while (stage.load() != 2)
+            std::this_thread::yield();
+        memsets(5);
+    });
+    while (stage.load() != 1)
+        std::this_thread::yield();
+    memsets(11);
+    EXPECT_GE(MDTLM_HOST_CallCount(MDTLM_HOST_OP_MEMSET_S), 48u);
+
+    MDTLM_HOST_CallCountReset();
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_MEMSET_S), 0u);
+    memsets(3);
+    stage = 2;
+    running.join();
+    EXPECT_EQ(MDTLM_HOST_CallCount(MDTLM_HOST_OP_MEMSET_S), 8u); /* 3 here, 5 from the thread that ended */
+}
+
 } /* namespace */
