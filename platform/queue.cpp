@@ -286,20 +286,42 @@ struct LastQueue {
     const void *handle = nullptr;
     std::weak_ptr<Queue> queue;
 };
-/* Hosts link this library, so its thread-local data sits in the static TLS
- * block and is reached without a call. */
-thread_local LastQueue t_lastQueue __attribute__((tls_model("initial-exec")));
+
+/* The calling thread's note: null before its first transfer and once the note
+ * is gone at the thread's end. Hosts link this library, so the pointer sits in
+ * the static TLS block and is reached without a call; being a plain pointer,
+ * it needs no per-thread construction check on every transfer either. */
+constinit thread_local LastQueue *t_lastQueue __attribute__((tls_model("initial-exec"))) = nullptr;
+
+/* Owns a thread's note and withdraws it when the thread ends. */
+struct LastQueueOwner {
+    LastQueue note;
+    LastQueueOwner() { t_lastQueue = &note; }
+    ~LastQueueOwner() { t_lastQueue = nullptr; }
+    LastQueueOwner(const LastQueueOwner &) = delete;
+    LastQueueOwner &operator=(const LastQueueOwner &) = delete;
+};
+
+/* The note of a thread that has none yet; null when the thread is ending. */
+__attribute__((noinline)) LastQueue *StartLastQueue()
+{
+    thread_local LastQueueOwner owner;
+    return t_lastQueue;
+}
 
 std::shared_ptr<Queue> FindQueueForTransfer(const void *handle)
 {
-    if (handle != nullptr && handle == t_lastQueue.handle) {
-        if (std::shared_ptr<Queue> cached = t_lastQueue.queue.lock())
+    LastQueue *last = t_lastQueue;
+    if (last == nullptr) [[unlikely]]
+        last = StartLastQueue();
+    if (last != nullptr && handle != nullptr && handle == last->handle) {
+        if (std::shared_ptr<Queue> cached = last->queue.lock())
             return cached;
     }
     std::shared_ptr<Queue> found = FindQueue(handle);
-    if (found != nullptr) {
-        t_lastQueue.handle = handle;
-        t_lastQueue.queue = found;
+    if (found != nullptr && last != nullptr) {
+        last->handle = handle;
+        last->queue = found;
     }
     return found;
 }
