@@ -29,7 +29,7 @@ const char *const kOpNames[MDTLM_HOST_OP_COUNT] = {
 
 /* The failure lines a fault must produce. `everyRun`: each run with this
  * fault shows a level-2 line holding one of `anyOf`; otherwise (where the
- * Parts give no line for some of the calls) at least one run does. Kinds not
+ * plug-in writes no line for some of the calls) at least one run does. Kinds not
  * listed are silent by design: the result is ignored, means "no row", is
  * tried again, or is the log line's own formatting. */
 struct Expectation {
